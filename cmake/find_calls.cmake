@@ -1,0 +1,13 @@
+# Fails when one of OBJECTS refers to a system call on files. See check_calls.cmake.
+set(calls "open|openat|creat|fopen|freopen|fdopen|mkstemp|mkostemp|close|fclose|read|pread|fread|write|pwrite|fwrite|fsync|fdatasync|ftruncate|truncate|fallocate|posix_fallocate|flock|lockf|fcntl|chown|fchown|lchown|chmod|fchmod|stat|fstat|lstat|rename|renameat|unlink|remove|link|symlink|mkdir")
+foreach(object ${OBJECTS})
+  if(object MATCHES "/process\\.cpp\\.o$")
+    continue()
+  endif()
+  execute_process(COMMAND ${NM} -u ${object} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "U (__)?(${calls})(64)?(_2|_chk)?(@[^\n]*)?\n" found "${symbols}")
+  list(FILTER found EXCLUDE REGEX "U fwrite\n")
+  if(found)
+    message(FATAL_ERROR "${object} makes calls on files that belong into src/base/calls.cpp: ${found}")
+  endif()
+endforeach()

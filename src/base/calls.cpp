@@ -1,0 +1,84 @@
+#include "base/calls.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace calls {
+
+int Open(const char* path, int flags, mode_t mode) {
+    return open(path, flags | O_CLOEXEC, mode);
+}
+
+int Mkstemp(char* path_template) {
+    return mkostemp(path_template, O_CLOEXEC);
+}
+
+int Close(int fd) {
+    return close(fd);
+}
+
+ssize_t Read(int fd, void* buffer, size_t size) {
+    return read(fd, buffer, size);
+}
+
+ssize_t Pread(int fd, void* buffer, size_t size, off_t offset) {
+    return pread(fd, buffer, size, offset);
+}
+
+ssize_t Write(int fd, const void* data, size_t size) {
+    return write(fd, data, size);
+}
+
+ssize_t Pwrite(int fd, const void* data, size_t size, off_t offset) {
+    return pwrite(fd, data, size, offset);
+}
+
+int Fsync(int fd) {
+    return fsync(fd);
+}
+
+int Ftruncate(int fd, off_t length) {
+    return ftruncate(fd, length);
+}
+
+int Reserve(int fd, off_t offset, off_t length) {
+    return fallocate(fd, FALLOC_FL_KEEP_SIZE, offset, length);
+}
+
+int Flock(int fd, int operation) {
+    return flock(fd, operation);
+}
+
+int SetFlags(int fd, int flags) {
+    return fcntl(fd, F_SETFL, flags);
+}
+
+int Fchown(int fd, gid_t group) {
+    return fchown(fd, static_cast<uid_t>(-1), group);
+}
+
+int Fchmod(int fd, mode_t mode) {
+    return fchmod(fd, mode);
+}
+
+int Stat(const char* path, struct stat* status) {
+    return stat(path, status);
+}
+
+int Fstat(int fd, struct stat* status) {
+    return fstat(fd, status);
+}
+
+int Rename(const char* from, const char* to) {
+    return rename(from, to);
+}
+
+int Unlink(const char* path) {
+    return unlink(path);
+}
+
+}  // namespace calls

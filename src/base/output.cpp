@@ -1,0 +1,50 @@
+#include "base/output.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+#include "base/error.h"
+#include "base/files.h"
+
+void Output::PutSpaces(size_t count) {
+    static constexpr std::string_view kBlanks = "                                ";
+    for (; count > 0; count -= std::min(count, kBlanks.size())) {
+        Put(kBlanks.substr(0, std::min(count, kBlanks.size())));
+    }
+}
+
+void Output::Write(std::string_view text) {
+    if (memory_ != nullptr) {
+        *memory_ += text;
+    } else {
+        failed_ = failed_ || !WriteAll(fd_, text);
+    }
+}
+
+bool Output::Flush() {
+    Write({buffer_.get(), used_});
+    used_ = 0;
+    return !failed_;
+}
+
+void Output::PutLong(std::string_view text) {
+    static_cast<void>(Flush());
+    while (text.size() > kBufferSize) {
+        Write(text.substr(0, kBufferSize));
+        text.remove_prefix(kBufferSize);
+    }
+    Put(text);
+}
+
+ExitCode LostOutput(const char* name) {
+    return Fail(ExitCode::kWriteFailed, "Write failed for \"%s\".", name);
+}
+
+ExitCode Print(std::string_view text) {
+    return WriteAll(STDOUT_FILENO, text) ? ExitCode::kOk : LostOutput("standard output");
+}
+
+ExitCode PrintLine(std::string_view text) {
+    return Print(std::string(text) + '\n');
+}

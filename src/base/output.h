@@ -1,0 +1,59 @@
+// Buffered text for a descriptor: the map, kfx.conf and standard output leave through it. The same
+// text can be collected in memory instead.
+//
+//     Output out(fd);
+//     out.Put("text");
+//     if (!out.Flush()) { ... what was put did not all arrive ... }
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "base/exit_code.h"
+
+class Output {
+  public:
+    // Text up to this many bytes leaves in one write.
+    static constexpr size_t kBufferSize = 1 << 20;
+
+    // Writes to "fd", which stays the caller's.
+    explicit Output(int fd) : fd_(fd) {}
+    // Appends to "memory" instead.
+    explicit Output(std::string& memory) : memory_(&memory) {}
+
+    void Put(std::string_view text) {
+        if (text.size() > kBufferSize - used_) {
+            PutLong(text);
+            return;
+        }
+        memcpy(buffer_.get() + used_, text.data(), text.size());
+        used_ += text.size();
+    }
+    void PutSpaces(size_t count);
+
+    // Hands everything put so far to the system. False when this or an earlier write failed; after
+    // a failure nothing more is written.
+    [[nodiscard]] bool Flush();
+    [[nodiscard]] bool HasFailed() const { return failed_; }
+
+  private:
+    void PutLong(std::string_view text);
+
+    void Write(std::string_view text);
+
+    int fd_ = -1;
+    std::string* memory_ = nullptr;
+    std::unique_ptr<char[]> buffer_{new char[kBufferSize]};
+    size_t used_ = 0;
+    bool failed_ = false;
+};
+
+// kWriteFailed "Write failed for \"%s\"." with "name", the file or "standard output".
+ExitCode LostOutput(const char* name);
+
+// Prints "text" on standard output; kWriteFailed, naming it, when the output is lost. PrintLine
+// adds a line end.
+ExitCode Print(std::string_view text);
+ExitCode PrintLine(std::string_view text);

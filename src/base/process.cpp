@@ -1,0 +1,99 @@
+#include "base/process.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+static constexpr std::array kTermination = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+// A disposition that this process changes, and what its caller had set.
+struct Disposition {
+    int signal;
+    void (*ours)(int);
+    struct sigaction given;
+};
+static std::array<Disposition, 3> dispositions = {
+    {{SIGPIPE, SIG_IGN, {}}, {SIGXFSZ, SIG_IGN, {}}, {SIGCHLD, SIG_DFL, {}}}};
+
+static sigset_t given_mask;
+
+static struct sigaction Plain(void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    return action;
+}
+
+static void OpenStandardDescriptors() {
+    static constexpr std::array kModes = {O_WRONLY, O_RDONLY, O_RDONLY};
+    for (size_t fd = 0; fd < kModes.size(); ++fd) {
+        if (fcntl(static_cast<int>(fd), F_GETFD) < 0 && errno == EBADF) {
+            // The lowest free descriptor is this one, since those below it are open by now.
+            static_cast<void>(open("/dev/null", kModes.at(fd)));
+        }
+    }
+}
+
+void PrepareProcess() {
+    OpenStandardDescriptors();
+    for (Disposition& d : dispositions) {
+        const struct sigaction ours = Plain(d.ours);
+        sigaction(d.signal, &ours, &d.given);
+    }
+    sigprocmask(SIG_BLOCK, nullptr, &given_mask);
+    HoldTermination();
+}
+
+void HoldTermination() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : kTermination) {
+        sigaddset(&held, signal);
+    }
+    sigprocmask(SIG_BLOCK, &held, nullptr);
+}
+
+void AllowTermination() {
+    sigprocmask(SIG_SETMASK, &given_mask, nullptr);
+}
+
+[[noreturn]] static void BecomeShell(const char* command) {
+    for (const Disposition& d : dispositions) {
+        sigaction(d.signal, &d.given, nullptr);
+    }
+    sigprocmask(SIG_SETMASK, &given_mask, nullptr);
+    const int null_input = open("/dev/null", O_RDONLY);
+    if (null_input > STDIN_FILENO) {
+        dup2(null_input, STDIN_FILENO);
+        close(null_input);
+    }
+    execl("/bin/sh", "sh", "-c", command, static_cast<char*>(nullptr));
+    _exit(127);
+}
+
+int RunShellCommand(const char* command) {
+    // The child must see the dispositions as given, so they change here only once it runs; until
+    // then an interrupt waits.
+    HoldTermination();
+    const pid_t child = fork();
+    if (child == 0) {
+        BecomeShell(command);
+    }
+    const struct sigaction ignored = Plain(SIG_IGN);
+    struct sigaction interrupt {};
+    struct sigaction quit {};
+    sigaction(SIGINT, &ignored, &interrupt);
+    sigaction(SIGQUIT, &ignored, &quit);
+    AllowTermination();
+    int status = -1;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    HoldTermination();
+    sigaction(SIGINT, &interrupt, nullptr);
+    sigaction(SIGQUIT, &quit, nullptr);
+    AllowTermination();
+    return status;
+}

@@ -1,0 +1,29 @@
+// UTF-8, the encoding of all text in the program, and the UTF-16 that the XML parser speaks.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Whether "text" is valid UTF-8 made only of characters that an XML 1.0 document may hold: tab,
+// line feed, carriage return, and everything from U+0020 on but surrogates, U+FFFE and U+FFFF.
+bool IsXmlText(std::string_view text);
+
+// Whether "byte" continues a multi-byte character.
+constexpr bool IsContinuationByte(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
+}
+
+// Takes the character at the front of "text" off it and returns its code point, or -1 when the
+// bytes there are not valid UTF-8 (one byte is then taken). "text" must not be empty.
+int TakeCharacter(std::string_view& text);
+
+// Appends the UTF-8 form of "text"; a surrogate without its partner becomes U+FFFD.
+void AppendUtf8(std::u16string_view text, std::string& utf8);
+std::string ToUtf8(const char16_t* text);
+
+// The UTF-16 form of "text"; bytes that are not UTF-8 become U+FFFD.
+std::u16string ToUtf16(std::string_view text);
+
+// ASCII letters in lower case, everything else as it is: how names are compared without case.
+std::string ToLower(std::string_view text);
+bool EqualsIgnoringCase(std::string_view one, std::string_view other);
