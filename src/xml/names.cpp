@@ -1,0 +1,36 @@
+#include "xml/names.h"
+
+#include <unordered_map>
+#include <vector>
+
+#include "xml/arena.h"
+
+namespace {
+
+struct Names {
+    std::vector<std::string_view> texts = {""};
+    std::unordered_map<std::string_view, NameId> ids = {{"", 0}};
+};
+
+Names& TheNames() {
+    static Names names;
+    return names;
+}
+
+}  // namespace
+
+NameId InternName(std::string_view name) {
+    Names& names = TheNames();
+    const auto known = names.ids.find(name);
+    if (known != names.ids.end()) {
+        return known->second;
+    }
+    const auto id = static_cast<NameId>(names.texts.size());
+    names.texts.emplace_back(arena::Copy(name), name.size());
+    names.ids.emplace(names.texts.back(), id);
+    return id;
+}
+
+std::string_view NameText(NameId id) {
+    return TheNames().texts[id];
+}

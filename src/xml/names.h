@@ -1,0 +1,14 @@
+// Element and attribute names. A map uses a dozen of them hundreds of thousands of times, so each
+// is kept once and a node holds its number.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+using NameId = uint32_t;
+
+// The id of "name", the same for the same text during the whole run. The empty name is 0.
+NameId InternName(std::string_view name);
+
+// The text of an id that InternName gave; valid for the whole run, with a terminating zero.
+std::string_view NameText(NameId id);

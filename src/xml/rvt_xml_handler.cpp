@@ -1,0 +1,203 @@
+#include "xml/rvt_xml_handler.h"
+
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
+#include <xercesc/sax2/Attributes.hpp>
+#include <xercesc/util/XMLResourceIdentifier.hpp>
+
+#include "base/calls.h"
+#include "base/error.h"
+#include "base/text.h"
+#include "run/rvt_exit.h"
+#include "xml/file_source.h"
+#include "xml/parsed_text.h"
+
+static RVT_XML_Tree* __xml_tree = nullptr;
+static RVT_Node_Stack __node_stack;
+
+void SetXMLTree(RVT_XML_Tree* tree) {
+    __xml_tree = tree;
+    __node_stack.Reset();
+}
+
+// Without a tree, a document is only checked: open elements are counted and nothing is kept.
+static bool KeepsNodes() {
+    return __xml_tree != nullptr;
+}
+
+// Appends a finished node to the innermost open element, or to the document.
+static void AppendToOpenElement(RVT_Node* node) {
+    if (__node_stack.IsEmpty()) {
+        __xml_tree->AddChild(node);
+    } else {
+        __node_stack.Peek()->AddChild(node);
+    }
+}
+
+static RVT_Node* NewAttribute(NameId name, const char* value) {
+    RVT_Node* attribute = RVT_Node::Create(RVT_ATTRIBUTE);
+    attribute->SetName(name);
+    attribute->SetKeptValue(value);
+    return attribute;
+}
+
+static bool HasAttribute(const RVT_Node& element, NameId name) {
+    RVT_Node_List_Elem* pos = nullptr;
+    const RVT_Node* attribute = element.GetFirstAttribute(pos);
+    while (attribute != nullptr && !attribute->IsName(name)) {
+        attribute = RVT_Node::GetNextAttribute(pos);
+    }
+    return attribute != nullptr;
+}
+
+RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
+                                       const xercesc::Attributes& attributes) {
+    RVT_Node* element = RVT_Node::Create(RVT_ELEMENT);
+    element->SetName(ParsedName(localname));
+    const XMLSize_t count = attributes.getLength();
+    for (XMLSize_t i = 0; i < count; ++i) {
+        const NameId name = ParsedName(attributes.getLocalName(i));
+        if (info_.rules == DocumentRules::kMap && HasAttribute(*element, name)) {
+            Refuse(info_, "attribute '" + std::string(NameText(name)) +
+                              "' is already specified for element '" +
+                              std::string(element->GetName()) + "'");
+        }
+        element->AddAttribute(NewAttribute(name, ParsedValue(attributes.getValue(i))));
+    }
+    return element;
+}
+
+void MyContentHandler::startElement(const XMLCh*, const XMLCh* localname, const XMLCh*,
+                                    const xercesc::Attributes& attributes) {
+    __node_stack.Push(KeepsNodes() ? NewElement(localname, attributes) : nullptr);
+}
+
+void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
+    RVT_Node* element = __node_stack.Pop();
+    if (KeepsNodes()) {
+        AppendToOpenElement(element);
+    }
+}
+
+// The file that an exception speaks of. The document itself is named by its bytes, which its system
+// identifier may not be able to hold.
+static std::string FileOf(const xercesc::SAXParseException& exception, const DocumentInfo& info) {
+    const XMLCh* system_id = exception.getSystemId();
+    if (system_id == nullptr || *system_id == 0 || system_id == ToUtf16(info.path)) {
+        return info.path;
+    }
+    return ToUtf8(system_id);
+}
+
+[[noreturn]] static void EndRun(const char* format_word, const std::string& file, XMLFileLoc line,
+                                XMLFileLoc column, const std::string& text) {
+    RVTExit(Fail(ExitCode::kNotWellFormed, "%s at file %s, line %llu, char %llu.\n   %s",
+                 format_word, file.c_str(), static_cast<unsigned long long>(line),
+                 static_cast<unsigned long long>(column), text.c_str()));
+}
+
+void MyContentHandler::Refuse(const DocumentInfo& info, const std::string& text) {
+    const xercesc::Locator* at = info.locator;
+    EndRun("Error", info.path, at == nullptr ? 0 : at->getLineNumber(),
+           at == nullptr ? 0 : at->getColumnNumber(), text);
+}
+
+void MyContentHandler::error(const xercesc::SAXParseException& exception) {
+    EndRun("error", FileOf(exception, info_), exception.getLineNumber(),
+           exception.getColumnNumber(), ToUtf8(exception.getMessage()));
+}
+
+void MyContentHandler::fatalError(const xercesc::SAXParseException& exception) {
+    EndRun("Error", FileOf(exception, info_), exception.getLineNumber(),
+           exception.getColumnNumber(), ToUtf8(exception.getMessage()));
+}
+
+void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
+    static_cast<void>(fprintf(stderr, "\nWarning at file %s, line %llu, char %llu\n  Message: %s\n",
+                              FileOf(exception, info_).c_str(),
+                              static_cast<unsigned long long>(exception.getLineNumber()),
+                              static_cast<unsigned long long>(exception.getColumnNumber()),
+                              ToUtf8(exception.getMessage()).c_str()));
+}
+
+void MyLexicalHandler::comment(const XMLCh* text, XMLSize_t length) {
+    if (!KeepsNodes()) {
+        return;
+    }
+    RVT_Node* comment = RVT_Node::Create(RVT_COMMENT);
+    std::string utf8;
+    AppendUtf8({text, length}, utf8);
+    comment->SetValue(utf8);
+    AppendToOpenElement(comment);
+}
+
+void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
+                                   const XMLCh* standalone, const XMLCh*) {
+    if (!KeepsNodes()) {
+        return;
+    }
+    RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
+    const auto add = [declaration](std::string_view name, const XMLCh* text) {
+        if (text != nullptr && *text != 0) {
+            declaration->AddAttribute(NewAttribute(InternName(name), ParsedValue(text)));
+        }
+    };
+    add("version", version);
+    add("encoding", encoding);
+    add("standalone", standalone);
+    __xml_tree->AddChild(declaration);
+}
+
+void MyEntityHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value) {
+    if (std::u16string_view(value).size() > kLongestEntity) {
+        MyContentHandler::Refuse(info_, "the value of entity '" + ToUtf8(name) +
+                                            "' is longer than " + std::to_string(kLongestEntity) +
+                                            " characters");
+    }
+}
+
+static std::string NotAllowed(const std::string& reference) {
+    return "reference to '" + reference + "' is not allowed";
+}
+
+void MyEntityHandler::externalEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
+    if (info_.rules == DocumentRules::kForeign) {
+        MyContentHandler::Refuse(info_, NotAllowed(ToUtf8(system_id)));
+    }
+}
+
+// The local path that "reference" means in the document "base"; empty for any other URL.
+static std::string LocalPath(std::string reference, const std::string& base) {
+    static constexpr std::string_view kFile = "file://";
+    if (reference.compare(0, kFile.size(), kFile) == 0) {
+        reference.erase(0, kFile.size());
+        return reference.substr(0, 1) == "/" ? reference : "";
+    }
+    if (reference.find("://") != std::string::npos) {
+        return "";
+    }
+    const size_t folder = base.rfind('/');
+    if (reference.substr(0, 1) == "/" || folder == std::string::npos) {
+        return reference;
+    }
+    return base.substr(0, folder + 1) + reference;
+}
+
+xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentifier* identifier) {
+    const std::string reference = ToUtf8(identifier->getSystemId());
+    if (reference.empty()) {
+        return nullptr;
+    }
+    const XMLCh* base_id = identifier->getBaseURI();
+    const bool in_document = base_id == nullptr || *base_id == 0 || base_id == ToUtf16(info_.path);
+    const std::string path = LocalPath(reference, in_document ? info_.path : ToUtf8(base_id));
+    struct stat status {};
+    if (info_.rules == DocumentRules::kForeign || path.empty() ||
+        calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        MyContentHandler::Refuse(info_, NotAllowed(reference));
+    }
+    return new FileSource(path);
+}

@@ -1,0 +1,100 @@
+// The parser's callbacks: they turn events into tree nodes and errors into the end of the run.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <xercesc/framework/XMLDocumentHandler.hpp>
+#include <xercesc/sax2/DeclHandler.hpp>
+#include <xercesc/sax2/DefaultHandler.hpp>
+#include <xercesc/sax2/LexicalHandler.hpp>
+#include <xercesc/util/XMLEntityResolver.hpp>
+
+#include "xml/rvt_node_stack.h"
+#include "xml/rvt_xml_parser.h"
+
+// Sets the tree that the handlers fill (null to keep nothing), with no element open.
+void SetXMLTree(RVT_XML_Tree* tree);
+
+// What the handlers need to know of the document that is being read.
+struct DocumentInfo {
+    std::string path;  // as messages name it: by its bytes
+    DocumentRules rules = DocumentRules::kMap;
+    const xercesc::Locator* locator = nullptr;  // where the parser is
+};
+
+// Elements and errors.
+class MyContentHandler : public xercesc::DefaultHandler {
+  public:
+    explicit MyContentHandler(DocumentInfo& info) : info_(info) {}
+
+    void setDocumentLocator(const xercesc::Locator* locator) override { info_.locator = locator; }
+    void startElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname,
+                      const xercesc::Attributes& attributes) override;
+    void endElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname) override;
+
+    void warning(const xercesc::SAXParseException& exception) override;
+    void error(const xercesc::SAXParseException& exception) override;
+    void fatalError(const xercesc::SAXParseException& exception) override;
+
+    // Ends the run with "text" at the place where the parser is.
+    [[noreturn]] static void Refuse(const DocumentInfo& info, const std::string& text);
+
+  private:
+    RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
+
+    DocumentInfo& info_;
+};
+
+// Comments.
+class MyLexicalHandler : public xercesc::LexicalHandler {
+  public:
+    void comment(const XMLCh* text, XMLSize_t length) override;
+    void startDTD(const XMLCh*, const XMLCh*, const XMLCh*) override {}
+    void endDTD() override {}
+    void startEntity(const XMLCh*) override {}
+    void endEntity(const XMLCh*) override {}
+    void startCDATA() override {}
+    void endCDATA() override {}
+};
+
+// The XML declaration.
+class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
+  public:
+    void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone,
+                 const XMLCh* actual_encoding) override;
+
+    void docCharacters(const XMLCh*, XMLSize_t, bool) override {}
+    void docComment(const XMLCh*) override {}
+    void docPI(const XMLCh*, const XMLCh*) override {}
+    void startDocument() override {}
+    void endDocument() override {}
+    void startElement(const xercesc::XMLElementDecl&, unsigned int, const XMLCh*,
+                      const xercesc::RefVectorOf<xercesc::XMLAttr>&, XMLSize_t, bool,
+                      bool) override {}
+    void endElement(const xercesc::XMLElementDecl&, unsigned int, bool, const XMLCh*) override {}
+    void startEntityReference(const xercesc::XMLEntityDecl&) override {}
+    void endEntityReference(const xercesc::XMLEntityDecl&) override {}
+    void ignorableWhitespace(const XMLCh*, XMLSize_t, bool) override {}
+    void resetDocument() override {}
+};
+
+// Entities: how long one may be, and which files a document may name.
+class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityResolver {
+  public:
+    // Characters that an internal entity may have; together with the library's limit on the number
+    // of expansions this bounds what a document can grow to.
+    static constexpr size_t kLongestEntity = 1024;
+
+    explicit MyEntityHandler(const DocumentInfo& info) : info_(info) {}
+
+    void elementDecl(const XMLCh*, const XMLCh*) override {}
+    void attributeDecl(const XMLCh*, const XMLCh*, const XMLCh*, const XMLCh*,
+                       const XMLCh*) override {}
+    void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
+    void externalEntityDecl(const XMLCh* name, const XMLCh* public_id,
+                            const XMLCh* system_id) override;
+    xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* identifier) override;
+
+  private:
+    const DocumentInfo& info_;
+};

@@ -1,0 +1,102 @@
+#include "xml/rvt_xml_parser.h"
+
+#include <cstdio>
+#include <new>
+#include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PlatformUtils.hpp>
+#include <xercesc/util/SecurityManager.hpp>
+#include <xercesc/util/XMLUni.hpp>
+
+#include "base/text.h"
+#include "xml/file_source.h"
+#include "xml/rvt_xml_handler.h"
+
+namespace {
+
+// How the parser treats grammars: a document is validated when it names one.
+enum class Validation { kNever, kAlways, kAutomatic };
+constexpr Validation valScheme = Validation::kAutomatic;
+constexpr bool doNamespaces = true;
+constexpr bool doSchema = true;
+constexpr bool schemaFullChecking = false;
+constexpr bool namespacePrefixes = false;
+
+void SetFeatures(xercesc::SAX2XMLReader& reader) {
+    using xercesc::XMLUni;
+    reader.setFeature(XMLUni::fgSAX2CoreValidation, valScheme != Validation::kNever);
+    if (valScheme != Validation::kNever) {
+        reader.setFeature(XMLUni::fgXercesDynamic, valScheme == Validation::kAutomatic);
+    }
+    reader.setFeature(XMLUni::fgSAX2CoreNameSpaces, doNamespaces);
+    reader.setFeature(XMLUni::fgXercesSchema, doSchema);
+    reader.setFeature(XMLUni::fgXercesSchemaFullChecking, schemaFullChecking);
+    reader.setFeature(XMLUni::fgSAX2CoreNameSpacePrefixes, namespacePrefixes);
+    // Files are found by MyEntityHandler alone.
+    reader.setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
+}
+
+void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
+    // The limit on expansions is the library's own; without a manager there is none.
+    xercesc::SecurityManager security;
+    // What the library's factory makes; its plain interface cannot set every handler.
+    xercesc::SAX2XMLReaderImpl reader;
+    SetFeatures(reader);
+    MyContentHandler content(info);
+    MyLexicalHandler lexical;
+    MyXMLDocumentHandler document;
+    MyEntityHandler entities(info);
+    reader.setContentHandler(&content);
+    reader.setLexicalHandler(&lexical);
+    reader.installAdvDocHandler(&document);
+    reader.setErrorHandler(&content);
+    reader.setDeclarationHandler(&entities);
+    reader.setXMLEntityResolver(&entities);
+    reader.setProperty(xercesc::XMLUni::fgXercesSecurityManager, &security);
+    try {
+        reader.parse(source);
+    } catch (const xercesc::OutOfMemoryException&) {
+        MyContentHandler::Refuse(info, "out of memory");
+    } catch (const std::bad_alloc&) {
+        MyContentHandler::Refuse(info, "out of memory");
+    }
+}
+
+// Parses what "make_source" returns; it is called once the library is ready.
+template <typename MakeSource>
+int Parse(const char* name, RVT_XML_Tree* tree, DocumentRules rules, MakeSource make_source) {
+    SetXMLTree(tree);
+    try {
+        xercesc::XMLPlatformUtils::Initialize();
+    } catch (const xercesc::XMLException& failure) {
+        static_cast<void>(fprintf(stderr, "Error during initialization! :\n%s\n",
+                                  ToUtf8(failure.getMessage()).c_str()));
+        return 1;
+    }
+    int result = 0;
+    try {
+        DocumentInfo info{name, rules, nullptr};
+        ParseWithHandlers(make_source(), info);
+    } catch (const xercesc::XMLException& failure) {
+        static_cast<void>(fprintf(stderr, "\nAn error occurred\n  Error: %s\n\n",
+                                  ToUtf8(failure.getMessage()).c_str()));
+        result = 4;
+    }
+    xercesc::XMLPlatformUtils::Terminate();
+    return result;
+}
+
+}  // namespace
+
+int ParseXMLFile(const char* path, RVT_XML_Tree* tree, DocumentRules rules) {
+    return Parse(path, tree, rules, [path] { return FileSource(path); });
+}
+
+int ParseXMLText(std::string_view text, const char* name, RVT_XML_Tree* tree) {
+    return Parse(name, tree, DocumentRules::kForeign,
+                 [text, name] { return TextSource(text, name); });
+}
+
+int CheckXMLText(std::string_view text, const char* name) {
+    return ParseXMLText(text, name, nullptr);
+}

@@ -1,0 +1,233 @@
+#include "xml/rvt_xml_writer.h"
+
+#include <fcntl.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include "base/calls.h"
+#include "base/error.h"
+#include "base/files.h"
+#include "base/text.h"
+#include "run/rvt_exit.h"
+#include "xml/encoding.h"
+
+// Blanks for each level of nesting, and how much deeper a continuation line begins.
+static constexpr size_t kIndent = 4;
+static constexpr size_t kContinuation = 3;
+// The last column that an attribute may reach.
+static constexpr size_t kLastColumn = 77;
+// An escaped value that has reached this many bytes is cut.
+static constexpr size_t kLongestValue = 8185;
+static constexpr size_t kLongestEntity = 6;
+
+static std::string_view EntityFor(char c) {
+    switch (c) {
+        case '&':
+            return "&amp;";
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '"':
+            return "&quot;";
+        case '\'':
+            return "&apos;";
+        default:
+            return {};
+    }
+}
+
+std::string_view DoEntityReferenceReplacement(const char* text) {
+    static std::array<char, kLongestValue + kLongestEntity> buffer;
+    static constexpr const char* kReserved = "&<>\"'";
+    size_t used = 0;
+    while (*text != '\0' && used < kLongestValue) {
+        const size_t plain = strcspn(text, kReserved);
+        const size_t fits = plain < kLongestValue - used ? plain : kLongestValue - used;
+        memcpy(buffer.data() + used, text, fits);
+        used += fits;
+        text += fits;
+        if (*text != '\0' && used < kLongestValue) {
+            const std::string_view entity = EntityFor(*text);
+            memcpy(buffer.data() + used, entity.data(), entity.size());
+            used += entity.size();
+            ++text;
+        }
+    }
+    // Cut before a character that does not fit whole, never within it.
+    if (IsContinuationByte(*text)) {
+        while (IsContinuationByte(buffer[used - 1])) {
+            --used;
+        }
+        --used;
+    }
+    return {buffer.data(), used};
+}
+
+void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t column) {
+    // The blank before a name, "=" and the two quotes.
+    static constexpr size_t kAround = 4;
+    RVT_Node_List_Elem* pos = nullptr;
+    for (const RVT_Node* attribute = node.GetFirstAttribute(pos); attribute != nullptr;
+         attribute = RVT_Node::GetNextAttribute(pos)) {
+        const std::string_view name = attribute->GetName();
+        if (!attribute->IsType(RVT_ATTRIBUTE)) {
+            static_cast<void>(
+                fprintf(stderr, "PrintAttributes: %s not an attribute\n", name.data()));
+            ClearError();
+            RVTExit(ExitCode::kLookupFailed);
+        }
+        const std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
+        const size_t width = name.size() + value.size() + kAround;
+        if (column + width > kLastColumn) {
+            out.Put("\n");
+            out.PutSpaces(depth + kContinuation);
+            column = depth + kContinuation;
+        }
+        out.Put(" ");
+        out.Put(name);
+        out.Put("=\"");
+        out.Put(value);
+        out.Put("\"");
+        column += width;
+    }
+}
+
+static void PrintElement(Output& out, const RVT_Node& node, size_t depth) {
+    const std::string_view name = node.GetName();
+    out.PutSpaces(depth);
+    out.Put("<");
+    out.Put(name);
+    PrintAttributes(out, node, depth, depth + 1 + name.size());
+    if (!node.HasChildren()) {
+        out.Put("/>\n");
+        return;
+    }
+    out.Put(">\n");
+    static_cast<void>(PrintChildren(out, node, depth + kIndent));
+    out.PutSpaces(depth);
+    out.Put("</");
+    out.Put(name);
+    out.Put(">\n");
+}
+
+static void PrintComment(Output& out, const RVT_Node& node, size_t depth) {
+    out.PutSpaces(depth);
+    out.Put("<!--");
+    out.Put(node.GetValue());
+    out.Put("-->\n");
+}
+
+static void PrintDeclaration(Output& out, const RVT_Node& node, size_t depth) {
+    static constexpr std::string_view kStart = "<?xml";
+    out.PutSpaces(depth);
+    out.Put(kStart);
+    PrintAttributes(out, node, depth, depth + kStart.size());
+    out.Put("?>\n");
+}
+
+static ExitCode ResultOf(const Output& out) {
+    return out.HasFailed() ? ExitCode::kWriteFailed : ExitCode::kOk;
+}
+
+ExitCode PrintNodes(Output& out, const RVT_Node& node, size_t depth) {
+    if (node.IsType(RVT_ELEMENT)) {
+        PrintElement(out, node, depth);
+    } else if (node.IsType(RVT_COMMENT)) {
+        PrintComment(out, node, depth);
+    } else if (node.IsType(RVT_XML_DECL)) {
+        PrintDeclaration(out, node, depth);
+    }
+    return ResultOf(out);
+}
+
+ExitCode PrintChildren(Output& out, const RVT_Node& node, size_t depth) {
+    RVT_Node_List_Elem* pos = nullptr;
+    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && !out.HasFailed();
+         child = RVT_Node::GetNextChild(pos)) {
+        static_cast<void>(PrintNodes(out, *child, depth));
+    }
+    return ResultOf(out);
+}
+
+ExitCode PrintTree(Output& out, RVT_XML_Tree* tree) {
+    RVT_Node_List_Elem* pos = nullptr;
+    for (const RVT_Node* node = tree->GetFirstChild(pos); node != nullptr && !out.HasFailed();
+         node = RVT_XML_Tree::GetNextChild(pos)) {
+        static_cast<void>(PrintNodes(out, *node, 0));
+    }
+    return ResultOf(out);
+}
+
+// The encoding that the tree's XML declaration names, or nothing.
+static std::string DeclaredEncoding(const RVT_XML_Tree& tree) {
+    RVT_Node_List_Elem* pos = nullptr;
+    const RVT_Node* first = tree.GetFirstChild(pos);
+    if (first == nullptr || !first->IsType(RVT_XML_DECL)) {
+        return "";
+    }
+    for (const RVT_Node* attribute = first->GetFirstAttribute(pos); attribute != nullptr;
+         attribute = RVT_Node::GetNextAttribute(pos)) {
+        if (attribute->IsName("encoding")) {
+            return attribute->GetValue();
+        }
+    }
+    return "";
+}
+
+// Prints the tree in its encoding. False when it cannot be written, or not in that encoding.
+static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
+    const std::string encoding = DeclaredEncoding(*tree);
+    if (IsUtf8(encoding)) {
+        Output out(fd);
+        return PrintTree(out, tree) == ExitCode::kOk && out.Flush();
+    }
+    std::string text;
+    Output in_memory(text);
+    std::string converted;
+    return PrintTree(in_memory, tree) == ExitCode::kOk && in_memory.Flush() &&
+           ConvertDocument(text, encoding, converted) && WriteAll(fd, converted);
+}
+
+// Creates the temporary map. It is always a new file: whatever bears its name, a leftover or a
+// planted link, goes first.
+static FileDescriptor CreateTemporaryMap(const char* path) {
+    if (calls::Unlink(path) != 0 && errno != ENOENT) {
+        return {};
+    }
+    return FileDescriptor(calls::Open(path, O_WRONLY | O_CREAT | O_EXCL, 0666));
+}
+
+// Makes a rename in the folder of "path" last through a power failure. The map is already the new
+// one, so a folder that cannot be synced is no error.
+static void SyncFolderOf(const std::string& path) {
+    const size_t slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    const FileDescriptor directory(calls::Open(folder.c_str(), O_RDONLY | O_DIRECTORY));
+    if (directory.IsOpen()) {
+        static_cast<void>(calls::Fsync(directory.get()));
+    }
+}
+
+ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree) {
+    const std::string temporary = std::string(path) + ".tmp";
+    FileDescriptor file = CreateTemporaryMap(temporary.c_str());
+    if (!file.IsOpen()) {
+        return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", temporary.c_str());
+    }
+    if (const ExitCode code = GiveToProductGroup(file.get(), 0660); code != ExitCode::kOk) {
+        return code;
+    }
+    if (!PrintEncoded(file.get(), tree) || calls::Fsync(file.get()) != 0 || !file.Close()) {
+        return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", temporary.c_str());
+    }
+    if (calls::Rename(temporary.c_str(), path) != 0) {
+        return Fail(ExitCode::kRenameFailed, "Rename failed for \"%s\".", path);
+    }
+    SyncFolderOf(path);
+    return ExitCode::kOk;
+}

@@ -1,0 +1,44 @@
+// Writing the tree back. The layout is fixed by the tree alone: four blanks for each level, an
+// element or a comment on a line, attributes on the element's line and wrapped so that they end by
+// column 77, a continuation line beginning three blanks deeper than its element:
+//
+//     <Platform ID="7">
+//         <PropertyMap ID="7.pmap">
+//             <Property name="Logging Enabled" readonly="false" type="boolean"
+//                 value="true"/>
+//         </PropertyMap>
+//     </Platform>
+//
+// An element without children ends in "/>"; one whose children are all deleted keeps both tags.
+// Attribute values longer than 8 KiB in their escaped form are cut; names and comments are written
+// as they are.
+#pragma once
+
+#include <string_view>
+
+#include "base/exit_code.h"
+#include "base/output.h"
+#include "xml/rvt_node.h"
+
+// Replaces the map file "path" by the tree: a new file beside it, its name followed by ".tmp", is
+// written, synced and moved over it. The file has the encoding that the tree's XML declaration
+// names, the product's group and mode 0660. A failure leaves the old map, and the temporary file
+// where it is: kCannotOpen "Cannot open \"%s\"." and kWriteFailed "Cannot write to \"%s\"." name
+// the temporary file, kWriteFailed may also carry the system's text alone; kRenameFailed "Rename
+// failed for \"%s\"." names the map.
+ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree);
+
+// Prints the whole tree, one node with all below it, or a node's children, the first line "depth"
+// blanks from the left. kWriteFailed, without a message, when the output has failed.
+ExitCode PrintTree(Output& out, RVT_XML_Tree* tree);
+ExitCode PrintNodes(Output& out, const RVT_Node& node, size_t depth);
+ExitCode PrintChildren(Output& out, const RVT_Node& node, size_t depth);
+
+// Prints the attributes of a node that stands at "depth"; "column" is the number of bytes already
+// on the line. A node in the list that is not an attribute is reported on standard error and ends
+// the run with kLookupFailed.
+void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t column);
+
+// "text" with the five characters that XML reserves replaced by their entities, cut when it has
+// reached 8185 bytes, but not within a character. Valid until the next call.
+std::string_view DoEntityReferenceReplacement(const char* text);

@@ -1,0 +1,82 @@
+// Walking a node's children: the one place that tests their kind and name.
+//
+//     for (RVT_Node& console : LiveElements(platform, Console)) { ... }
+//
+// Walks hold their own position, so they may nest over the same list, and nodes appended during a
+// walk are reached.
+#pragma once
+
+#include <string_view>
+
+#include "xml/rvt_node.h"
+
+// The children that are called by one of at most two names.
+class ElementWalk {
+  public:
+    enum class Deleted { kSkipped, kIncluded };
+
+    // A walk of the list that begins with "first" (null for none), for one name or for two.
+    ElementWalk(RVT_Node* first, Deleted deleted, NameId name, NameId other)
+        : first_(first), deleted_(deleted), name_(name), other_(other) {}
+
+    class Iterator {
+      public:
+        Iterator(const ElementWalk& walk, RVT_Node_List_Elem* pos) : walk_(walk), pos_(pos) {
+            SkipOthers();
+        }
+        RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
+        Iterator& operator++() {
+            pos_ = pos_->next;
+            SkipOthers();
+            return *this;
+        }
+        bool operator!=(const Iterator& end) const { return pos_ != end.pos_; }
+
+      private:
+        void SkipOthers() {
+            while (pos_ != nullptr && !walk_.Wants(**this)) {
+                pos_ = pos_->next;
+            }
+        }
+        const ElementWalk& walk_;
+        RVT_Node_List_Elem* pos_;
+    };
+
+    [[nodiscard]] Iterator begin() const { return {*this, first_}; }
+    [[nodiscard]] Iterator end() const { return {*this, nullptr}; }
+    // The first of them, or null.
+    [[nodiscard]] RVT_Node* First() const { return begin() != end() ? &*begin() : nullptr; }
+
+  private:
+    [[nodiscard]] bool Wants(const RVT_Node& node) const {
+        return (node.IsName(name_) || node.IsName(other_)) &&
+               (deleted_ == Deleted::kIncluded || node.IsType(RVT_ELEMENT));
+    }
+
+    RVT_Node* first_;
+    Deleted deleted_;
+    NameId name_;
+    NameId other_;
+};
+
+// The elements below "parent" of the given name, or of either name, in document order.
+inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name,
+                                std::string_view other) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kSkipped, InternName(name),
+            InternName(other)};
+}
+inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name) {
+    return LiveElements(parent, name, name);
+}
+
+// The same with those that the run has removed: for the rules that still count them.
+inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
+                                       std::string_view other) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kIncluded, InternName(name),
+            InternName(other)};
+}
+inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
+    return ElementsEvenDeleted(parent, name, name);
+}
