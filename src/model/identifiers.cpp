@@ -1,0 +1,65 @@
+#include "model/identifiers.h"
+
+#include <climits>
+#include <cstdlib>
+
+#include "base/error.h"
+#include "model/lookups.h"
+#include "model/vocabulary.h"
+
+ExitCode Serial::Read(const RVT_Node& map) {
+    attribute_ = FindAttribute(map, serial_tag);
+    if (attribute_ == nullptr) {
+        return Fail(ExitCode::kIncompleteMap,
+                    "Cannot find the \"serial\" attribute for SystemMap.");
+    }
+    number_ = strtol(attribute_->GetValue(), nullptr, 10);
+    if (number_ < 1 || number_ >= INT_MAX) {
+        return Fail(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
+    }
+    return ExitCode::kOk;
+}
+
+void Serial::Advance() {
+    ++number_;
+    attribute_->SetValue(std::to_string(number_));
+}
+
+ExitCode ReadID(const RVT_Node& element, std::string& id) {
+    const RVT_Node* attribute = FindAttribute(element, ID_tag);
+    if (attribute == nullptr) {
+        return Fail(ExitCode::kIncompleteMap, "ID not found in XML data.");
+    }
+    id = attribute->GetValue();
+    return ExitCode::kOk;
+}
+
+std::string ConsoleID(std::string_view owner, std::string_view port) {
+    return std::string(owner) + ":" + std::string(port);
+}
+
+std::string PropertyMapID(std::string_view owner) {
+    return std::string(owner) + ".pmap";
+}
+
+std::string ReplaceID(std::string_view id, std::string_view from, std::string_view to) {
+    if (id.substr(0, from.size()) != from) {
+        return std::string(id);
+    }
+    return std::string(to) + std::string(id.substr(from.size()));
+}
+
+void UpdateIDsOfChildren(const RVT_Node& node, std::string_view from, std::string_view to) {
+    RVT_Node_List_Elem* pos = nullptr;
+    for (RVT_Node* child = node.GetFirstChild(pos); child != nullptr;
+         child = RVT_Node::GetNextChild(pos)) {
+        RVT_Node_List_Elem* at = nullptr;
+        for (RVT_Node* attribute = child->GetFirstAttribute(at); attribute != nullptr;
+             attribute = RVT_Node::GetNextAttribute(at)) {
+            if (attribute->IsName(ID_tag)) {
+                attribute->SetValue(ReplaceID(attribute->GetValue(), from, to));
+            }
+        }
+        UpdateIDsOfChildren(*child, from, to);
+    }
+}

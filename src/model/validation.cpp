@@ -1,0 +1,196 @@
+#include "model/validation.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "base/calls.h"
+#include "base/files.h"
+#include "base/paths.h"
+#include "base/text.h"
+
+static bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+static bool IsLetterOrDigit(char c) {
+    return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+static bool IsAllDigits(std::string_view text) {
+    return std::all_of(text.begin(), text.end(), IsDigit);
+}
+
+bool IsValidName(std::string_view name) {
+    return std::all_of(name.begin(), name.end(),
+                       [](char c) { return IsLetterOrDigit(c) || c == '.' || c == '-'; });
+}
+
+bool IsValidModelNumber(std::string_view model) {
+    return std::all_of(model.begin(), model.end(), IsLetterOrDigit);
+}
+
+bool IsValidAddress(std::string_view address) {
+    static constexpr int kFields = 4;
+    if (address.size() >= sizeof "255.255.255.255") {
+        return false;
+    }
+    for (int field = 0; field < kFields; ++field) {
+        // The last field runs to the end, so a fifth one makes it hold a ".".
+        const size_t dot = field == kFields - 1 ? address.size() : address.find('.');
+        if (dot == std::string_view::npos) {
+            return false;
+        }
+        const std::string_view digits = address.substr(0, dot);
+        if (digits.empty() || digits.size() > 3 || !IsAllDigits(digits)) {
+            return false;
+        }
+        const int value = std::stoi(std::string(digits));
+        if (value > 255 || (field == 0 && value == 0)) {
+            return false;
+        }
+        address.remove_prefix(std::min(dot + 1, address.size()));
+    }
+    return true;
+}
+
+bool IsValidPortNumber(std::string_view port) {
+    return !port.empty() && IsAllDigits(port);
+}
+
+namespace {
+
+// A decimal integer of any length: its digits without leading zeros, none for zero.
+struct Integer {
+    bool negative = false;
+    std::string digits;
+};
+
+Integer LeadingInteger(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    Integer integer;
+    if (!text.empty() && (text.front() == '-' || text.front() == '+')) {
+        integer.negative = text.front() == '-';
+        text.remove_prefix(1);
+    }
+    text = text.substr(
+        0, static_cast<size_t>(std::find_if_not(text.begin(), text.end(), IsDigit) - text.begin()));
+    text.remove_prefix(std::min(text.find_first_not_of('0'), text.size()));
+    integer.digits = text;
+    integer.negative = integer.negative && !text.empty();
+    return integer;
+}
+
+// Whether low <= high <= low + span, for integers without sign.
+bool IsWithin(std::string low, const std::string& high, int span) {
+    const auto at_most = [](const std::string& a, const std::string& b) {
+        return a.size() != b.size() ? a.size() < b.size() : a <= b;
+    };
+    if (!at_most(low, high)) {
+        return false;
+    }
+    int carry = span;
+    for (size_t i = low.size(); carry > 0; --i) {
+        if (i == 0) {
+            low.insert(0, std::to_string(carry));
+            break;
+        }
+        const int sum = low[i - 1] - '0' + carry;
+        low[i - 1] = static_cast<char>('0' + sum % 10);
+        carry = sum / 10;
+    }
+    return at_most(high, low);
+}
+
+}  // namespace
+
+bool IsValidPortRange(std::string_view first, std::string_view last) {
+    static constexpr int kMostPorts = 16;
+    const Integer low = LeadingInteger(first);
+    const Integer high = LeadingInteger(last);
+    if (low.negative && high.negative) {
+        return IsWithin(high.digits, low.digits, kMostPorts - 1);
+    }
+    if (low.negative != high.negative) {
+        // Only a range of a few ports around zero can be narrow enough.
+        const size_t longest = std::max(low.digits.size(), high.digits.size());
+        return low.negative && longest <= 2 &&
+               std::stoi("0" + low.digits) + std::stoi("0" + high.digits) < kMostPorts;
+    }
+    return IsWithin(low.digits, high.digits, kMostPorts - 1);
+}
+
+bool IsPlainText(std::string_view text) {
+    return text.find_first_of("\t\n\r") == std::string_view::npos && IsXmlText(text);
+}
+
+// The first field of a reference line: up to the first "|", or the whole line, line end included.
+static std::string_view FirstField(std::string_view line) {
+    return line.substr(0, line.find('|'));
+}
+
+// The second field: from the first "|" to the line end; empty when there is none.
+static std::string_view SecondField(std::string_view line) {
+    const size_t bar = line.find('|');
+    line.remove_prefix(bar == std::string_view::npos ? line.size() : bar + 1);
+    return line.substr(0, line.find_first_of("\n\r"));
+}
+
+static bool IsSkipped(std::string_view line) {
+    return line.front() == '#' || line.front() == '\n' || line.front() == '\r';
+}
+
+// Takes the first line, its line end included, off "text".
+static std::string_view TakeLine(std::string_view& text) {
+    const size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
+    text.remove_prefix(line.size());
+    return line;
+}
+
+// The content of a reference file; empty, and reported, when it cannot be read.
+static std::string ReadReferenceFile(const char* path) {
+    const FileDescriptor file(calls::Open(path, O_RDONLY | O_NONBLOCK));
+    std::string text;
+    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
+        static_cast<void>(fprintf(stderr, "cannot open %s : %s\n", path, strerror(errno)));
+        text.clear();
+    }
+    return text;
+}
+
+// Whether some line of the reference file "path" satisfies "matches".
+template <typename Matches>
+static bool HasLine(const char* path, Matches matches) {
+    const std::string text = ReadReferenceFile(path);
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view line = TakeLine(rest);
+        if (!IsSkipped(line) && matches(line)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool IsModelNumberInDatabase(std::string_view model) {
+    return HasLine(paths::kModels, [model](std::string_view line) {
+        const std::string_view field = SecondField(line);
+        return !field.empty() && EqualsIgnoringCase(field, model);
+    });
+}
+
+bool IsOSTypeInDatabase(std::string_view type) {
+    return HasLine(paths::kOsTypes, [type](std::string_view line) {
+        return EqualsIgnoringCase(FirstField(line), type);
+    });
+}
+
+bool EventFileExists(std::string_view name) {
+    struct stat status {};
+    const std::string path = std::string(paths::kEventsDir) + '/' + std::string(name);
+    return calls::Stat(path.c_str(), &status) == 0;
+}

@@ -1,0 +1,37 @@
+// The form of values, and the reference files and the events directory that some must stand in.
+// Checks only answer; the commands decide which message and code follow.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Letters, digits, "." and "-" only; the empty name passes.
+bool IsValidName(std::string_view name);
+
+// Letters and digits only; the empty model passes.
+bool IsValidModelNumber(std::string_view model);
+
+// A dotted-quad IPv4 address of at most 15 characters: four fields of one to three digits, the
+// first from 1 to 255, the others from 0 to 255; leading zeros are allowed.
+bool IsValidAddress(std::string_view address);
+
+// A non-empty string of digits, of any length and value.
+bool IsValidPortNumber(std::string_view port);
+
+// Whether "first" is not greater than "last" and both with what lies between are at most 16 ports.
+// Both are read as the C library reads a decimal integer at the start of a text, but of any length.
+bool IsValidPortRange(std::string_view first, std::string_view last);
+
+// Whether a value may stand in a reference file or be the name of a file in the events directory:
+// text that the map can hold, without tabs and line breaks.
+bool IsPlainText(std::string_view text);
+
+// Whether the models file lists "model" as the second field of a line, or the OS-type file "type"
+// as the first, letter case ignored. Fields are separated by "|"; lines that begin with "#" are
+// skipped. The file is read at each call. One that cannot be opened lists nothing, and says so on
+// standard error: "cannot open %s : %s\n".
+bool IsModelNumberInDatabase(std::string_view model);
+bool IsOSTypeInDatabase(std::string_view type);
+
+// Whether the events directory holds an object called "name"; the empty name means the directory.
+bool EventFileExists(std::string_view name);
