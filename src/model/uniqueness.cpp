@@ -11,34 +11,54 @@ static bool HasProperty(const RVT_Node& node, std::string_view property, std::st
     return GetPropertyValue(node, property, value) == ExitCode::kOk && value == wanted;
 }
 
+// Calls "visit" with each name that counts as used.
+template <typename Visit>
+static void VisitNames(const RVT_Node& map, Visit visit) {
+    for (const RVT_Node& node : ElementsEvenDeleted(map, Platform, Console)) {
+        std::string_view name;
+        if (GetPropertyValue(node, NameProp, name) != ExitCode::kOk) {
+            continue;
+        }
+        visit(name);
+        if (!node.IsName(Platform)) {
+            continue;
+        }
+        for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
+            if (GetPropertyValue(console, NameProp, name) == ExitCode::kOk) {
+                visit(name);
+            }
+        }
+    }
+}
+
 int GetCountOfConsolesWithName(std::string_view name) {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
         return Number(ExitCode::kIncompleteMap);
     }
     int count = 0;
-    for (const RVT_Node& node : ElementsEvenDeleted(*map, Platform, Console)) {
-        std::string_view node_name;
-        if (GetPropertyValue(node, NameProp, node_name) != ExitCode::kOk) {
-            continue;
-        }
-        count += EqualsIgnoringCase(node_name, name) ? 1 : 0;
-        if (!node.IsName(Platform)) {
-            continue;
-        }
-        for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-            std::string_view console_name;
-            if (GetPropertyValue(console, NameProp, console_name) == ExitCode::kOk &&
-                EqualsIgnoringCase(console_name, name)) {
-                ++count;
-            }
-        }
-    }
+    VisitNames(*map, [&count, name](std::string_view used) {
+        count += EqualsIgnoringCase(used, name) ? 1 : 0;
+    });
     return count;
 }
 
 bool IsDuplicateName(std::string_view name) {
     return GetCountOfConsolesWithName(name) != 0;
+}
+
+NameIndex::NameIndex(const RVT_Node& map) {
+    VisitNames(map, [this](std::string_view used) { ++counts_[ToLower(used)]; });
+}
+
+int NameIndex::Count(std::string_view name) const {
+    const auto found = counts_.find(ToLower(name));
+    return found == counts_.end() ? 0 : found->second;
+}
+
+void NameIndex::Rename(std::string_view from, std::string_view to) {
+    --counts_[ToLower(from)];
+    ++counts_[ToLower(to)];
 }
 
 bool IsDuplicateAddress(const RVT_Node* node, std::string_view address) {

@@ -2,7 +2,9 @@
 // removed them; an element that lacks the property in question is passed over.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include "xml/rvt_node.h"
 
@@ -11,6 +13,21 @@
 // element, which reads as taken.
 int GetCountOfConsolesWithName(std::string_view name);
 bool IsDuplicateName(std::string_view name);
+
+// The same counts for a caller that asks for many and changes names meanwhile: an index that is
+// built once and kept true.
+class NameIndex {
+  public:
+    explicit NameIndex(const RVT_Node& map);
+
+    // What GetCountOfConsolesWithName returns.
+    [[nodiscard]] int Count(std::string_view name) const;
+    // To be told when an element that has a name gets another.
+    void Rename(std::string_view from, std::string_view to);
+
+  private:
+    std::unordered_map<std::string, int> counts_;  // by name in lower case
+};
 
 // Whether a platform or standalone console other than "node" (null for none) has "address".
 bool IsDuplicateAddress(const RVT_Node* node, std::string_view address);

@@ -1,0 +1,157 @@
+#include "frontend/config_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "base/calls.h"
+#include "base/error.h"
+#include "base/files.h"
+#include "base/output.h"
+#include "base/paths.h"
+#include "frontend/options.h"
+
+static ExitCode CannotOpen(const std::string& path) {
+    return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", path.c_str());
+}
+
+static ExitCode CannotWrite(const std::string& path) {
+    return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", path.c_str());
+}
+
+static ExitCode ReadWholeFile(const std::string& path, std::string& text) {
+    const FileDescriptor file = OpenForReading(path.c_str());
+    return file.IsOpen() && ReadToEnd(file.get(), text) ? ExitCode::kOk : CannotOpen(path);
+}
+
+// Takes the first line, its line end included, off "text".
+static std::string_view TakeLine(std::string_view& text) {
+    const size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
+    text.remove_prefix(line.size());
+    return line;
+}
+
+// "variable=" from an argument "variable=value"; empty when there is no variable name.
+static std::string KeyOf(std::string_view argument) {
+    argument.remove_prefix(std::min(argument.find_first_not_of('='), argument.size()));
+    const std::string_view variable = argument.substr(0, argument.find('='));
+    return variable.empty() ? "" : std::string(variable) + '=';
+}
+
+// "text" with "argument" as a line in the place of every line that begins with "key", or at its
+// end.
+static std::string WithVariable(std::string_view text, const std::string& key,
+                                const std::string& argument) {
+    std::string changed;
+    bool found = false;
+    while (!text.empty()) {
+        const std::string_view line = TakeLine(text);
+        if (line.substr(0, key.size()) == key) {
+            changed += argument + '\n';
+            found = true;
+        } else {
+            changed += line;
+        }
+    }
+    if (!found) {
+        changed += !changed.empty() && changed.back() != '\n' ? "\n" : "";
+        changed += argument + '\n';
+    }
+    return changed;
+}
+
+// Room on the disk for a file that grows to "size". A file system that cannot reserve room is no
+// error: the growth is then written first, before any of the old text.
+static bool HasRoom(int fd, size_t size) {
+    const off_t growth = static_cast<off_t>(size) - SizeOf(fd);
+    return growth <= 0 || calls::Reserve(fd, SizeOf(fd), growth) == 0 ||
+           (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
+}
+
+// Replaces the content of the file in place. "changed" says whether the old text may be gone when
+// this fails.
+static ExitCode RewriteFile(const std::string& path, const std::string& text, bool& changed) {
+    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY));
+    if (!file.IsOpen()) {
+        return CannotOpen(path);
+    }
+    if (!HasRoom(file.get(), text.size())) {
+        return CannotWrite(path);
+    }
+    changed = true;
+    const bool written = ReplaceTail(file.get(), 0, text) && file.Close();
+    return written ? ExitCode::kOk : CannotWrite(path);
+}
+
+// Rewrites the file by way of a complete copy beside it.
+static ExitCode RewriteWithCopy(const std::string& path, const std::string& text) {
+    std::string copy_path = paths::kConfigCopy;
+    FileDescriptor copy(calls::Mkstemp(copy_path.data()));
+    if (!copy.IsOpen()) {
+        return Fail(ExitCode::kCannotOpen, "Cannot create temp file.");
+    }
+    bool changed = false;
+    ExitCode code = ExitCode::kOk;
+    if (!WriteAll(copy.get(), text) || !copy.Close()) {
+        code = CannotWrite(copy_path);
+    } else {
+        code = RewriteFile(path, text, changed);
+    }
+    if (code == ExitCode::kOk || !changed) {
+        static_cast<void>(calls::Unlink(copy_path.c_str()));
+    }
+    return code;
+}
+
+static ExitCode CreateFile(const std::string& path, const std::string& argument) {
+    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666));
+    if (!file.IsOpen()) {
+        return CannotOpen(path);
+    }
+    ExitCode code = GiveToProductGroup(file.get(), 0770);
+    if (code == ExitCode::kOk && !(WriteAll(file.get(), argument + '\n') && file.Close())) {
+        code = CannotWrite(path);
+    }
+    if (code != ExitCode::kOk) {
+        static_cast<void>(calls::Unlink(path.c_str()));
+    }
+    return code;
+}
+
+ExitCode WriteConfigFile() {
+    const std::string& path = options.kfxd_conf_file;
+    const std::string& argument = options.set_kfxd_conf_value;
+    struct stat status {};
+    if (calls::Stat(path.c_str(), &status) != 0) {
+        return CreateFile(path, argument);
+    }
+    std::string text;
+    if (const ExitCode code = ReadWholeFile(path, text); code != ExitCode::kOk) {
+        return code;
+    }
+    const std::string key = KeyOf(argument);
+    if (key.empty()) {
+        return Fail(ExitCode::kInvalidArgument,
+                    "Invalid format specified. Must be of the format: variable=value");
+    }
+    return RewriteWithCopy(path, WithVariable(text, key, argument));
+}
+
+ExitCode ReadConfigFile() {
+    std::string text;
+    if (const ExitCode code = ReadWholeFile(options.kfxd_conf_file, text); code != ExitCode::kOk) {
+        return code;
+    }
+    const std::string key = options.get_kfxd_conf_value + '=';
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::string_view line = TakeLine(rest);
+        if (line.substr(0, key.size()) == key) {
+            return Print(line.substr(key.size()));
+        }
+    }
+    return ExitCode::kOk;
+}

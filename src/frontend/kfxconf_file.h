@@ -1,0 +1,15 @@
+// kfx.conf as a file. It is written in place, since the console daemon knows it by its name; the
+// lines are made elsewhere.
+#pragma once
+
+#include "base/exit_code.h"
+
+// Writes kfx.conf anew: two comment lines that warn against editing it, then the lines of every
+// platform and console. kCannotOpen "Cannot open \"%s\"."; kWriteFailed with the system's text when
+// a new file cannot be given its group or mode, or "Write failed for \"%s\"." when its text cannot
+// be written; kIncompleteMap from the lines, those before the incomplete element then stand in it.
+ExitCode CreateKfxConfFile();
+
+// Prints the lines on standard output, without the comment, all or those called "name". Codes as
+// above, and kLookupFailed when nothing has the name.
+ExitCode ViewKfxConfLines();

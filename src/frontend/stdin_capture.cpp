@@ -1,0 +1,81 @@
+#include "frontend/stdin_capture.h"
+
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+
+#include "base/calls.h"
+#include "base/error.h"
+#include "base/paths.h"
+#include "base/process.h"
+
+// Reads once from standard input; 0 at its end and on an error.
+static size_t ReadStdIn(char* buffer, size_t size) {
+    const TerminationAllowed while_waiting;
+    ssize_t got = 0;
+    do {
+        got = calls::Read(STDIN_FILENO, buffer, size);
+    } while (got < 0 && errno == EINTR);
+    return got < 0 ? 0 : static_cast<size_t>(got);
+}
+
+namespace {
+
+// Drops the rest of each line from its first zero byte on, line end included.
+class ZeroByteFilter {
+  public:
+    // Filters the first "size" bytes of "buffer" in place and returns how many are left.
+    size_t Apply(char* buffer, size_t size) {
+        size_t kept = 0;
+        for (size_t i = 0; i < size; ++i) {
+            const char c = buffer[i];
+            skipping_ = skipping_ || c == '\0';
+            if (!skipping_) {
+                buffer[kept++] = c;
+            }
+            skipping_ = skipping_ && c != '\n';
+        }
+        return kept;
+    }
+
+  private:
+    bool skipping_ = false;
+};
+
+}  // namespace
+
+ExitCode CapturedInput::WriteStdInToTempFile() {
+    name_ = paths::kStdInCopy;
+    file_ = FileDescriptor(calls::Mkstemp(name_.data()));
+    if (!file_.IsOpen()) {
+        return Fail(ExitCode::kCannotOpen, "Cannot create temp file.");
+    }
+    static_cast<void>(calls::Unlink(name_.c_str()));
+    std::array<char, 65536> buffer;
+    ZeroByteFilter filter;
+    size_t total = 0;
+    for (size_t got = ReadStdIn(buffer.data(), buffer.size()); got > 0;
+         got = ReadStdIn(buffer.data(), buffer.size())) {
+        const size_t kept = filter.Apply(buffer.data(), got);
+        if (!WriteAll(file_.get(), {buffer.data(), kept})) {
+            return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", name_.c_str());
+        }
+        total += kept;
+    }
+    if (total > 0) {
+        void* mapping = mmap(nullptr, total, PROT_READ, MAP_PRIVATE, file_.get(), 0);
+        if (mapping == MAP_FAILED) {
+            return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", name_.c_str());
+        }
+        text_ = {static_cast<const char*>(mapping), total};
+    }
+    return ExitCode::kOk;
+}
+
+CapturedInput::~CapturedInput() {
+    if (!text_.empty()) {
+        munmap(const_cast<char*>(text_.data()), text_.size());
+    }
+}

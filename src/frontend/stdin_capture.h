@@ -1,0 +1,33 @@
+// The standard input of -update cache, captured in a temporary file. The file has lost its name by
+// the time anything is read, so it is gone with the run however the run ends.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "base/exit_code.h"
+#include "base/files.h"
+
+class CapturedInput {
+  public:
+    CapturedInput() = default;
+    ~CapturedInput();
+    CapturedInput(const CapturedInput&) = delete;
+    CapturedInput& operator=(const CapturedInput&) = delete;
+
+    // Copies standard input to a new file, each line up to its first zero byte (a line that has one
+    // loses its line end with the rest). Termination signals are let through while it waits for
+    // input; a read error counts as the end. kCannotOpen "Cannot create temp file."; kWriteFailed
+    // "Cannot write to \"%s\".".
+    ExitCode WriteStdInToTempFile();
+
+    // What was captured, valid as long as this object.
+    [[nodiscard]] std::string_view Text() const { return text_; }
+    // The name that the file had, for messages.
+    [[nodiscard]] const char* Name() const { return name_.c_str(); }
+
+  private:
+    std::string name_;
+    FileDescriptor file_;
+    std::string_view text_;  // a mapping of the file
+};
