@@ -1,0 +1,86 @@
+// A private tree for one test, and runs of the program in it.
+//
+//     Tree tree;
+//     Result r = tree.Run({"-security", "true"});
+//     EXPECT_EQ(r.code, 0);
+//     EXPECT_EQ(tree.Read(kMap), ...);
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+inline const std::string kProduct = "usr/opt/tqs/";
+inline const std::string kMap = kProduct + "config/SystemMap.xml";
+inline const std::string kLock = kProduct + "config/SystemMap.lock";
+inline const std::string kKfxConf = kProduct + "config/kfx.conf";
+inline const std::string kModels = kProduct + "config/models";
+inline const std::string kOsTypes = kProduct + "config/ostypes";
+inline const std::string kEvents = kProduct + "events";
+inline const std::string kLog = kProduct + "logs/tqsmgr.log";
+inline const std::string kOldLog = kProduct + "logs/tqsmgr.log.old";
+// Where the stub notifications note that they were called, a line each: web, kfxd update, lrp.
+inline const std::string kCalls = "calls";
+
+// The two lines at the top of kfx.conf.
+extern const std::string kKfxConfHeader;
+
+// How a run ended and what it printed. "signal" is 0 unless a signal ended it.
+struct Result {
+    int code = -1;
+    int signal = 0;
+    std::string out;
+    std::string err;
+};
+
+// A started run that has not been waited for.
+struct Running {
+    int pid = -1;
+    int out = -1;
+    int err = -1;
+    Result Wait() const;
+};
+
+// A folder with an installed product: an empty map (serial 1, security false, version 3.0), models
+// ("Server|M100", "Big|X9"), OS types (Unknown, linux, aix), one event file "basic", and stub
+// notifications. Removed when it goes out of scope.
+class Tree {
+  public:
+    Tree();
+    ~Tree();
+    Tree(const Tree&) = delete;
+    Tree& operator=(const Tree&) = delete;
+
+    // Runs the program, invoked as "tqsmgr", with these words in this folder.
+    [[nodiscard]] Result Run(const std::vector<std::string>& words,
+                             const std::string& input = "") const;
+    // Starts it and returns at once. "binary" is another program of the tests.
+    [[nodiscard]] Running Start(const std::vector<std::string>& words,
+                                const std::string& input = "",
+                                const std::string& binary = "") const;
+    // Runs a shell command in the folder, with the program as "tqsmgr" in the search path.
+    [[nodiscard]] Result Shell(const std::string& command) const;
+
+    // The content of a file; "(none)" when there is no such file.
+    [[nodiscard]] std::string Read(const std::string& path) const;
+    void Write(const std::string& path, const std::string& content) const;
+    void Remove(const std::string& path) const;
+    [[nodiscard]] bool Exists(const std::string& path) const;
+    [[nodiscard]] std::string Path(const std::string& path) const { return root_ + "/" + path; }
+
+    // The map holds these lines below the root's start tag, which has these attributes.
+    void WriteMap(
+        const std::string& inside,
+        const std::string& attributes = R"(serial="1" security="false" version="3.0")") const;
+
+  private:
+    std::string root_;
+};
+
+// A map as the program writes it: declaration, root element with "attributes", "inside" between its
+// tags (which ends in a newline unless empty; then the root is an empty element).
+std::string MapText(const std::string& inside, const std::string& attributes);
+
+// A property as the program writes it at a depth of "depth" blanks, for values that fit a line.
+std::string Prop(int depth, const std::string& name, const std::string& value);
