@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 
 #include "base/calls.h"
@@ -68,16 +69,15 @@ off_t SizeOf(int fd) {
 }
 
 bool ReadToEnd(int fd, std::string& text) {
-    constexpr size_t kPiece = 65536;
+    std::array<char, 65536> piece;
     for (;;) {
-        const size_t had = text.size();
-        text.resize(had + kPiece);
-        const ssize_t got = calls::Read(fd, text.data() + had, kPiece);
-        text.resize(had + static_cast<size_t>(std::max<ssize_t>(got, 0)));
+        const ssize_t got = calls::Read(fd, piece.data(), piece.size());
         if (got == 0) {
             return true;
         }
-        if (got < 0 && errno != EINTR) {
+        if (got > 0) {
+            text.append(piece.data(), static_cast<size_t>(got));
+        } else if (errno != EINTR) {
             return false;
         }
     }

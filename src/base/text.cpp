@@ -103,10 +103,6 @@ std::u16string ToUtf16(std::string_view text) {
     return utf16;
 }
 
-static char LowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::string ToLower(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(), LowerCase);

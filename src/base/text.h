@@ -17,6 +17,14 @@ constexpr bool IsContinuationByte(char byte) {
 // bytes there are not valid UTF-8 (one byte is then taken). "text" must not be empty.
 int TakeCharacter(std::string_view& text);
 
+// Takes the first line, its line end included, off "text".
+inline std::string_view TakeLine(std::string_view& text) {
+    const size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
+    text.remove_prefix(line.size());
+    return line;
+}
+
 // Appends the UTF-8 form of "text"; a surrogate without its partner becomes U+FFFD.
 void AppendUtf8(std::u16string_view text, std::string& utf8);
 std::string ToUtf8(const char16_t* text);
@@ -25,5 +33,8 @@ std::string ToUtf8(const char16_t* text);
 std::u16string ToUtf16(std::string_view text);
 
 // ASCII letters in lower case, everything else as it is: how names are compared without case.
+constexpr char LowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 std::string ToLower(std::string_view text);
 bool EqualsIgnoringCase(std::string_view one, std::string_view other);

@@ -13,8 +13,8 @@ static void AddProperty(RVT_Node& property_map, const NewProperty& wanted) {
     SetAttributes(property, {{value_tag, wanted.value}});
 }
 
-void AddElementWithProperties(RVT_Node& parent, std::string_view name, std::string_view id,
-                              std::span<const NewProperty> properties) {
+RVT_Node& AddElementWithProperties(RVT_Node& parent, std::string_view name, std::string_view id,
+                                   std::span<const NewProperty> properties) {
     RVT_Node& element = AddElement(parent, name);
     SetAttributes(element, {{ID_tag, id}});
     RVT_Node& property_map = AddElement(element, PropertyMap);
@@ -22,4 +22,5 @@ void AddElementWithProperties(RVT_Node& parent, std::string_view name, std::stri
     for (const NewProperty& property : properties) {
         AddProperty(property_map, property);
     }
+    return element;
 }

@@ -15,6 +15,6 @@ struct NewProperty {
 };
 
 // Appends to "parent" an element "name" with the identifier "id" and a property map of these
-// properties, in order.
-void AddElementWithProperties(RVT_Node& parent, std::string_view name, std::string_view id,
-                              std::span<const NewProperty> properties);
+// properties, in order. Returns it.
+RVT_Node& AddElementWithProperties(RVT_Node& parent, std::string_view name, std::string_view id,
+                                   std::span<const NewProperty> properties);

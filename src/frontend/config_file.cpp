@@ -12,6 +12,7 @@
 #include "base/files.h"
 #include "base/output.h"
 #include "base/paths.h"
+#include "base/text.h"
 #include "frontend/options.h"
 
 static ExitCode CannotOpen(const std::string& path) {
@@ -25,14 +26,6 @@ static ExitCode CannotWrite(const std::string& path) {
 static ExitCode ReadWholeFile(const std::string& path, std::string& text) {
     const FileDescriptor file = OpenForReading(path.c_str());
     return file.IsOpen() && ReadToEnd(file.get(), text) ? ExitCode::kOk : CannotOpen(path);
-}
-
-// Takes the first line, its line end included, off "text".
-static std::string_view TakeLine(std::string_view& text) {
-    const size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
-    text.remove_prefix(line.size());
-    return line;
 }
 
 // "variable=" from an argument "variable=value"; empty when there is no variable name.

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -128,46 +129,46 @@ bool IsPlainText(std::string_view text) {
     return text.find_first_of("\t\n\r") == std::string_view::npos && IsXmlText(text);
 }
 
-// The first field of a reference line: up to the first "|", or the whole line, line end included.
-static std::string_view FirstField(std::string_view line) {
-    return line.substr(0, line.find('|'));
-}
-
-// The second field: from the first "|" to the line end; empty when there is none.
-static std::string_view SecondField(std::string_view line) {
-    const size_t bar = line.find('|');
-    line.remove_prefix(bar == std::string_view::npos ? line.size() : bar + 1);
-    return line.substr(0, line.find_first_of("\n\r"));
-}
-
 static bool IsSkipped(std::string_view line) {
     return line.front() == '#' || line.front() == '\n' || line.front() == '\r';
 }
 
-// Takes the first line, its line end included, off "text".
-static std::string_view TakeLine(std::string_view& text) {
-    const size_t end = text.find('\n');
-    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
-    text.remove_prefix(line.size());
-    return line;
+// Whether the field at the front of "rest", which ends at the first of "ends" or with the text, is
+// "wanted", letter case ignored. Most lines differ in the first letter.
+static bool FieldIs(std::string_view rest, std::string_view wanted, std::string_view ends) {
+    const bool differs_at_once =
+        !wanted.empty() && !rest.empty() && LowerCase(rest.front()) != LowerCase(wanted.front());
+    return !differs_at_once && EqualsIgnoringCase(rest.substr(0, wanted.size()), wanted) &&
+           std::min(rest.find_first_of(ends), rest.size()) == wanted.size();
 }
 
-// The content of a reference file; empty, and reported, when it cannot be read.
-static std::string ReadReferenceFile(const char* path) {
+// The content of a reference file, valid until the next call; empty, and reported, when it cannot
+// be read.
+static std::string_view ReadReferenceFile(const char* path) {
+    static std::string text;
+    text.clear();
+    std::array<char, 65536> piece;
     const FileDescriptor file(calls::Open(path, O_RDONLY | O_NONBLOCK));
-    std::string text;
-    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
+    ssize_t got = -1;
+    do {
+        got = file.IsOpen() ? calls::Read(file.get(), piece.data(), piece.size()) : -1;
+        text.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
+        // A short piece is the last one: these checks are made by the hundred thousand when a large
+        // map is converted, and a read that only finds the end costs as much as the first.
+    } while (got == static_cast<ssize_t>(piece.size()));
+    if (got < 0) {
         static_cast<void>(fprintf(stderr, "cannot open %s : %s\n", path, strerror(errno)));
         text.clear();
     }
     return text;
 }
 
-// Whether some line of the reference file "path" satisfies "matches".
+// Whether some line of the reference file "path" satisfies "matches". A line has its line end, but
+// for a last one that lacks it.
 template <typename Matches>
 static bool HasLine(const char* path, Matches matches) {
-    const std::string text = ReadReferenceFile(path);
-    for (std::string_view rest = text; !rest.empty();) {
+    std::string_view rest = ReadReferenceFile(path);
+    while (!rest.empty()) {
         const std::string_view line = TakeLine(rest);
         if (!IsSkipped(line) && matches(line)) {
             return true;
@@ -177,16 +178,16 @@ static bool HasLine(const char* path, Matches matches) {
 }
 
 bool IsModelNumberInDatabase(std::string_view model) {
-    return HasLine(paths::kModels, [model](std::string_view line) {
-        const std::string_view field = SecondField(line);
-        return !field.empty() && EqualsIgnoringCase(field, model);
+    return !model.empty() && HasLine(paths::kModels, [model](std::string_view line) {
+        const size_t bar = line.find('|');
+        return bar != std::string_view::npos && FieldIs(line.substr(bar + 1), model, "\n\r");
     });
 }
 
+// A line without "|" is its own first field, line end included.
 bool IsOSTypeInDatabase(std::string_view type) {
-    return HasLine(paths::kOsTypes, [type](std::string_view line) {
-        return EqualsIgnoringCase(FirstField(line), type);
-    });
+    return HasLine(paths::kOsTypes,
+                   [type](std::string_view line) { return FieldIs(line, type, "|"); });
 }
 
 bool EventFileExists(std::string_view name) {

@@ -12,15 +12,11 @@ struct Names {
     std::unordered_map<std::string_view, NameId> ids = {{"", 0}};
 };
 
-Names& TheNames() {
-    static Names names;
-    return names;
-}
+Names names;
 
 }  // namespace
 
 NameId InternName(std::string_view name) {
-    Names& names = TheNames();
     const auto known = names.ids.find(name);
     if (known != names.ids.end()) {
         return known->second;
@@ -32,5 +28,5 @@ NameId InternName(std::string_view name) {
 }
 
 std::string_view NameText(NameId id) {
-    return TheNames().texts[id];
+    return names.texts[id];
 }
