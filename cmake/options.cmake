@@ -11,7 +11,7 @@ target_include_directories(tqs_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(tqs_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror
   -fPIE -fstack-protector-strong -fstack-clash-protection -fcf-protection)
-target_link_options(tqs_options INTERFACE -pie -Wl,-z,relro,-z,now)
+target_link_options(tqs_options INTERFACE -pie -Wl,-z,relro,-z,now,-z,pack-relative-relocs)
 
 if(TQS_SANITIZE)
   target_compile_options(tqs_options INTERFACE

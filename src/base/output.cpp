@@ -23,7 +23,7 @@ void Output::Write(std::string_view text) {
 }
 
 bool Output::Flush() {
-    Write({buffer_.get(), used_});
+    Write({buffer_, used_});
     used_ = 0;
     return !failed_;
 }

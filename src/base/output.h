@@ -7,16 +7,16 @@
 #pragma once
 
 #include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 
+#include "base/arena.h"
 #include "base/exit_code.h"
 
 class Output {
   public:
     // Text up to this many bytes leaves in one write.
-    static constexpr size_t kBufferSize = 1 << 20;
+    static constexpr size_t kBufferSize = size_t{512} << 10;
 
     // Writes to "fd", which stays the caller's.
     explicit Output(int fd) : fd_(fd) {}
@@ -28,7 +28,7 @@ class Output {
             PutLong(text);
             return;
         }
-        memcpy(buffer_.get() + used_, text.data(), text.size());
+        memcpy(buffer_ + used_, text.data(), text.size());
         used_ += text.size();
     }
     void PutSpaces(size_t count);
@@ -45,7 +45,7 @@ class Output {
 
     int fd_ = -1;
     std::string* memory_ = nullptr;
-    std::unique_ptr<char[]> buffer_{new char[kBufferSize]};
+    char* buffer_ = static_cast<char*>(arena::Allocate(kBufferSize));
     size_t used_ = 0;
     bool failed_ = false;
 };

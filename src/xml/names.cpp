@@ -3,7 +3,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "xml/arena.h"
+#include "base/arena.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <string>
 
+#include "base/arena.h"
 #include "base/text.h"
-#include "xml/arena.h"
 
 namespace {
 

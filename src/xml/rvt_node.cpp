@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "xml/arena.h"
+#include "base/arena.h"
 
 RVT_XML_Tree rvt_xml_tree;
 

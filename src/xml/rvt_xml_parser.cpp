@@ -10,6 +10,7 @@
 
 #include "base/text.h"
 #include "xml/file_source.h"
+#include "xml/library_memory.h"
 #include "xml/rvt_xml_handler.h"
 
 namespace {
@@ -21,6 +22,8 @@ constexpr bool doNamespaces = true;
 constexpr bool doSchema = true;
 constexpr bool schemaFullChecking = false;
 constexpr bool namespacePrefixes = false;
+
+LibraryMemory library_memory;
 
 void SetFeatures(xercesc::SAX2XMLReader& reader) {
     using xercesc::XMLUni;
@@ -67,7 +70,8 @@ template <typename MakeSource>
 int Parse(const char* name, RVT_XML_Tree* tree, DocumentRules rules, MakeSource make_source) {
     SetXMLTree(tree);
     try {
-        xercesc::XMLPlatformUtils::Initialize();
+        xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                              nullptr, &library_memory);
     } catch (const xercesc::XMLException& failure) {
         static_cast<void>(fprintf(stderr, "Error during initialization! :\n%s\n",
                                   ToUtf8(failure.getMessage()).c_str()));

@@ -1,4 +1,4 @@
-#include "xml/arena.h"
+#include "base/arena.h"
 
 #include <sys/mman.h>
 
@@ -15,7 +15,7 @@ namespace arena {
 static constexpr size_t kHugePage = size_t{2} << 20;
 static constexpr size_t kLargestBlock = size_t{16} << 20;
 
-// Nodes grow from the front of the free memory, at pointer alignment; text grows from its back,
+// Objects grow from the front of the free memory, at pointer alignment; text grows from its back,
 // without alignment.
 static std::byte* front = nullptr;
 static std::byte* back = nullptr;

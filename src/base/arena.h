@@ -1,5 +1,6 @@
-// Memory for the document tree. It lives until the process ends and is never given back piece by
-// piece: a map of 50,000 consoles has two and a half million nodes, and nothing frees any of them.
+// Memory that lives until the process ends and is never given back piece by piece: the document
+// tree (a map of 50,000 consoles has two and a half million nodes, and nothing frees any of them)
+// and a few large buffers.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +8,7 @@
 
 namespace arena {
 
-// "size" bytes, aligned for a pointer. Throws std::bad_alloc when there is no memory.
+// "size" bytes, aligned for a pointer, all zero. Throws std::bad_alloc when there is no memory.
 void* Allocate(size_t size);
 
 // A copy of "text" with a terminating zero. Throws as Allocate does.
