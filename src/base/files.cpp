@@ -34,6 +34,7 @@ FileDescriptor OpenForReading(const char* path) {
 }
 
 OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode) {
+    flags |= O_NONBLOCK;
     struct stat status {};
     if (calls::Stat(path, &status) == 0) {
         return {FileDescriptor(calls::Open(path, flags)), false};
@@ -42,7 +43,9 @@ OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode) {
     if (created.IsOpen() || errno != EEXIST) {
         return {std::move(created), true};
     }
-    return {FileDescriptor(calls::Open(path, flags | O_CREAT, mode)), false};
+    // Either another run was quicker, or a symbolic link leads to a file that is still missing.
+    const bool missing = calls::Stat(path, &status) != 0;
+    return {FileDescriptor(calls::Open(path, flags | O_CREAT, mode)), missing};
 }
 
 ExitCode GiveToProductGroup(int fd, mode_t mode) {

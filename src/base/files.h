@@ -44,7 +44,8 @@ FileDescriptor OpenForReading(const char* path);
 
 // Opens "path" with "flags" (O_WRONLY or O_RDWR and so on), creating it with "mode" less the umask
 // where it is missing. Only the run whose call creates the file sees "created", also when several
-// start at once. Not open, with errno, on failure.
+// start at once. A FIFO without a reader is refused instead of blocking the run. Not open, with
+// errno, on failure.
 OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode);
 
 // The product's rule for files that a run creates: when the product directory exists, the file

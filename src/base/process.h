@@ -10,8 +10,8 @@
 void PrepareProcess();
 
 // SIGHUP, SIGINT, SIGQUIT and SIGTERM wait while product files change. They are let through, as
-// the caller's own mask has it, while the run only waits (for the lock or its input) and once the
-// run is recorded.
+// the caller's own mask has it, while the run only reads the map or waits (for the lock, for its
+// input, for whoever reads its output) and once the run is recorded.
 void HoldTermination();
 void AllowTermination();
 

@@ -68,7 +68,7 @@ static bool HasRoom(int fd, size_t size) {
 // Replaces the content of the file in place. "changed" says whether the old text may be gone when
 // this fails.
 static ExitCode RewriteFile(const std::string& path, const std::string& text, bool& changed) {
-    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY));
+    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY | O_NONBLOCK));
     if (!file.IsOpen()) {
         return CannotOpen(path);
     }
@@ -76,7 +76,8 @@ static ExitCode RewriteFile(const std::string& path, const std::string& text, bo
         return CannotWrite(path);
     }
     changed = true;
-    const bool written = ReplaceTail(file.get(), 0, text) && file.Close();
+    const bool written =
+        ReplaceTail(file.get(), 0, text) && calls::Fsync(file.get()) == 0 && file.Close();
     return written ? ExitCode::kOk : CannotWrite(path);
 }
 
@@ -89,7 +90,8 @@ static ExitCode RewriteWithCopy(const std::string& path, const std::string& text
     }
     bool changed = false;
     ExitCode code = ExitCode::kOk;
-    if (!WriteAll(copy.get(), text) || !copy.Close()) {
+    // The copy must outlast a power failure that comes while the file is half written.
+    if (!WriteAll(copy.get(), text) || calls::Fsync(copy.get()) != 0 || !copy.Close()) {
         code = CannotWrite(copy_path);
     } else {
         code = RewriteFile(path, text, changed);
@@ -101,7 +103,7 @@ static ExitCode RewriteWithCopy(const std::string& path, const std::string& text
 }
 
 static ExitCode CreateFile(const std::string& path, const std::string& argument) {
-    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0666));
+    FileDescriptor file = OpenOrCreate(path.c_str(), O_WRONLY, 0666).fd;
     if (!file.IsOpen()) {
         return CannotOpen(path);
     }

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "base/exit_code.h"
+#include "base/process.h"
 #include "commands/cache.h"
 #include "commands/console.h"
 #include "commands/platform.h"
@@ -40,7 +41,10 @@ static ExitCode RunUpdateCache() {
         return code;
     }
     RVT_XML_Tree cache_document;
-    static_cast<void>(ParseXMLText(input.Text(), input.Name(), &cache_document));
+    {
+        const TerminationAllowed while_reading;
+        static_cast<void>(ParseXMLText(input.Text(), input.Name(), &cache_document));
+    }
     return UpdateCache(options.platform_name, &cache_document);
 }
 

@@ -63,7 +63,7 @@ class Words {
 };
 
 std::string TakeValue(OptionKind kind, Words& words) {
-    const std::string value = words.Take();
+    std::string value = words.Take();
     switch (kind) {
         case OptionKind::kText:
             return value;

@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "base/files.h"
 #include "base/paths.h"
+#include "base/process.h"
 #include "daemonconf/kfxconf.h"
 #include "frontend/options.h"
 
@@ -36,6 +37,7 @@ ExitCode CreateKfxConfFile() {
 }
 
 ExitCode ViewKfxConfLines() {
+    const TerminationAllowed while_waiting;
     Output out(STDOUT_FILENO);
     const ExitCode code = WriteKfxConf(out, options.system_name);
     const bool written = out.Flush();

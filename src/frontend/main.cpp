@@ -1,4 +1,5 @@
 // One run: record, parse, lock, read, act, release, notify, exit.
+#include <new>
 #include <string_view>
 
 #include "base/error.h"
@@ -26,14 +27,14 @@ static void EndRunUnlessOk(ExitCode code) {
 // Reads the map. The parser ends the run at an error in it; what it only reports leaves a tree that
 // the command then finds incomplete, but the -config actions look at nothing in the map.
 static void ReadMap() {
+    const TerminationAllowed while_reading;
     const int result = ParseXMLFile(xml_file, &rvt_xml_tree);
     if (result != 0 && (action == kGetConfigValue || action == kSetConfigValue)) {
         RVTExit(ExitCode::kNotWellFormed);
     }
 }
 
-int main(int argc, char** argv) {
-    PrepareProcess();
+static void Run(int argc, char** argv) {
     if (argc > 0) {
         SetProgram(argv[0]);
     }
@@ -47,5 +48,14 @@ int main(int argc, char** argv) {
     EndRunUnlessOk(Unlock());
     AllowTermination();
     NotifyOfAction();
+}
+
+int main(int argc, char** argv) {
+    PrepareProcess();
+    try {
+        Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        RVTExit(Fail(ExitCode::kWriteFailed, "Out of memory."));
+    }
     RVTExit(ExitCode::kOk);
 }

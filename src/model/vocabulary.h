@@ -55,7 +55,7 @@ inline constexpr std::string_view ConsoleProp = "Console";  // older maps
 // Values.
 inline constexpr std::string_view NAT_Box = "NAT";
 inline constexpr std::string_view TerminalServer = "TS";
-inline constexpr std::string_view DefaultEventFile = "";
+inline constexpr std::string_view DefaultEventFile;  // empty
 inline constexpr std::string_view systemmap_version = "3.0";
 inline constexpr std::string_view unknown_value = "Unknown";  // a model or OS type not known
 

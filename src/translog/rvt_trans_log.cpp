@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -25,13 +26,13 @@ static constexpr size_t kLargestEnding = 5 * size_t{kErrorMessageSize} + 1024;
 
 namespace {
 
-// The entry of this run, and where it stands once it is appended.
+// The entry of this run. It has the memory for its largest ending from the start, so that a run
+// that has changed something is recorded without needing more.
 struct Entry {
-    std::string command;   // banner and command line, up to the blank that ends the command
-    std::string input;     // here-document of the captured standard input
-    std::string notice;    // error block of a failed notification
-    std::string recorded;  // the whole text as it stands in the log; empty until it is appended
-    off_t position = 0;    // where it stands there
+    std::string head;    // banner, command and here-document
+    std::string notice;  // error block of a failed notification
+    std::string ending;  // notice and exit code as they stand in the log; empty until they do
+    off_t ending_position = 0;
 };
 
 FileDescriptor log_file;
@@ -113,14 +114,16 @@ ExitCode LogCommandLine(int argc, char** argv) {
     if (const ExitCode code = OpenLog(log_file); code != ExitCode::kOk) {
         return code;
     }
-    std::string command = Banner();
+    std::string head = Banner();
     for (int i = 0; i < argc; ++i) {
-        command += ShellWord(argv[i], i == 0) + ' ';
+        head += ShellWord(argv[i], i == 0) + ' ';
     }
-    if (!HasRoomFor(command.size() + kLargestEnding)) {
+    head += "\n\n";
+    head.reserve(head.size() + kLargestEnding);
+    if (!HasRoomFor(head.size() + kLargestEnding)) {
         return WriteFailure();
     }
-    entry.command = std::move(command);
+    entry.head = std::move(head);
     return ExitCode::kOk;
 }
 
@@ -128,9 +131,13 @@ ExitCode LogStdIn(std::string_view input) {
     if (!log_file.IsOpen()) {
         return ExitCode::kOk;
     }
-    entry.input = HereDocument(input);
-    const bool has_room = HasRoomFor(entry.command.size() + entry.input.size() + kLargestEnding);
-    return has_room ? ExitCode::kOk : WriteFailure();
+    std::string& head = entry.head;
+    // Every byte of the input may need a backslash.
+    head.reserve(head.size() + 2 * input.size() + kLargestEnding);
+    head.resize(head.find_last_not_of('\n') + 1);
+    AppendHereDocument(input, head);
+    head += '\n';
+    return HasRoomFor(head.size() + kLargestEnding) ? ExitCode::kOk : WriteFailure();
 }
 
 // "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
@@ -147,73 +154,85 @@ static std::string ErrorBlock(const char* message) {
     return block + "\n\n";
 }
 
-static std::string WholeEntry(ExitCode code) {
+static std::string Ending(ExitCode code) {
     const std::string number = std::to_string(Number(code));
-    std::string text = entry.command + entry.input;
-    if (!entry.command.empty()) {
-        text += entry.input.empty() ? "\n\n" : "\n";
+    return entry.notice + "echo \"Recorded Exit Code = " + number +
+           ", This Exit Code = $?\"\n\n# EXIT CODE: " + number + "\n" +
+           (code == ExitCode::kOk ? "\n" : ErrorBlock(rvt_err_msg));
+}
+
+// Appends "text" to the log in one piece, under its lock. A write that fails part way is taken
+// back. Nothing is written, and "moved" is set, when the file no longer bears the log's name.
+static ExitCode AppendToLog(const std::string& text, bool& moved) {
+    const LogLock lock(log_file.get());
+    moved = !IsSameFile(log_file.get(), paths::kLog);
+    if (moved) {
+        return WriteFailure();
     }
-    text += entry.notice;
-    text += "echo \"Recorded Exit Code = " + number + ", This Exit Code = $?\"\n\n";
-    text += "# EXIT CODE: " + number + "\n";
-    return text + (code == ExitCode::kOk ? "\n" : ErrorBlock(rvt_err_msg));
+    const off_t end = SizeOf(log_file.get());
+    if (!WriteAll(log_file.get(), text)) {
+        static_cast<void>(calls::Ftruncate(log_file.get(), end));
+        return WriteFailure();
+    }
+    entry.ending_position = end;
+    return ExitCode::kOk;
 }
 
 // Appends the entry to the file that bears the log's name: another run may have rotated the one
-// that this run opened. A write that fails part way is taken back.
-static ExitCode AppendEntry(const std::string& text) {
-    for (int tries = 0; tries < 100; ++tries) {
-        {
-            const LogLock lock(log_file.get());
-            if (IsSameFile(log_file.get(), paths::kLog)) {
-                entry.position = SizeOf(log_file.get());
-                if (!WriteAll(log_file.get(), text)) {
-                    static_cast<void>(calls::Ftruncate(log_file.get(), entry.position));
-                    return WriteFailure();
-                }
-                entry.recorded = text;
-                return ExitCode::kOk;
-            }
-        }
+// that this run opened.
+static ExitCode AppendEntry(const std::string& ending) {
+    static constexpr int kMostRotations = 100;
+    const size_t head_size = entry.head.size();
+    entry.head += ending;
+    bool moved = false;
+    ExitCode code = AppendToLog(entry.head, moved);
+    for (int i = 0; moved && i < kMostRotations; ++i) {
         FileDescriptor current;
         static_cast<void>(OpenLog(current));
         if (!current.IsOpen()) {
-            return WriteFailure();
+            break;
         }
         log_file = std::move(current);
+        code = AppendToLog(entry.head, moved);
     }
-    return WriteFailure();
+    entry.head.resize(head_size);
+    if (code == ExitCode::kOk) {
+        entry.ending_position += static_cast<off_t>(head_size);
+        entry.ending = ending;
+    }
+    return code;
 }
 
-// Puts "text" in the place of the entry as it was appended, through the descriptor that has it,
+// Puts "ending" in the place of the one that was appended, through the descriptor that has it,
 // whatever the file is called by now. Entries behind it move along.
-static ExitCode ReplaceEntry(const std::string& text) {
+static ExitCode ReplaceEnding(const std::string& ending) {
     const int fd = log_file.get();
     const LogLock lock(fd);
-    std::string tail(static_cast<size_t>(SizeOf(fd) - entry.position), '\0');
-    const ssize_t got = calls::Pread(fd, tail.data(), tail.size(), entry.position);
+    const off_t length = SizeOf(fd) - entry.ending_position;
+    std::string tail(static_cast<size_t>(std::max<off_t>(length, 0)), '\0');
+    const ssize_t got = calls::Pread(fd, tail.data(), tail.size(), entry.ending_position);
     // Someone who emptied or edited the log meanwhile has the last word.
     if (got != static_cast<ssize_t>(tail.size()) ||
-        tail.compare(0, entry.recorded.size(), entry.recorded) != 0) {
+        tail.compare(0, entry.ending.size(), entry.ending) != 0) {
         return WriteFailure();
     }
-    tail.replace(0, entry.recorded.size(), text);
+    tail.replace(0, entry.ending.size(), ending);
     static_cast<void>(calls::SetFlags(fd, 0));
-    const bool replaced = ReplaceTail(fd, entry.position, tail);
+    const bool replaced = ReplaceTail(fd, entry.ending_position, tail);
     static_cast<void>(calls::SetFlags(fd, O_APPEND));
     if (!replaced) {
         return WriteFailure();
     }
-    entry.recorded = text;
+    entry.ending = ending;
     return ExitCode::kOk;
 }
 
 static ExitCode RecordEntry(ExitCode code) {
-    const std::string text = WholeEntry(code);
-    if (entry.recorded.empty()) {
-        return AppendEntry(text);
+    const std::string ending = Ending(code);
+    if (entry.ending.empty()) {
+        return AppendEntry(ending);
     }
-    return text == entry.recorded ? ExitCode::kOk : ReplaceEntry(text);
+    return ending == entry.ending ? ExitCode::kOk : ReplaceEnding(ending);
 }
 
 void PutMsg(const char* message) {
@@ -221,7 +240,7 @@ void PutMsg(const char* message) {
         return;
     }
     entry.notice += ErrorBlock(message);
-    if (!entry.recorded.empty()) {
+    if (!entry.ending.empty()) {
         // A notification follows success alone.
         static_cast<void>(RecordEntry(ExitCode::kOk));
     }

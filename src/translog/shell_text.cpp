@@ -1,35 +1,34 @@
 #include "translog/shell_text.h"
 
 #include <algorithm>
+#include <set>
 
-// A shell leaves a backslash alone unless it stands before one of the characters that it escapes.
-// "escapable" are those, "at_end" says whether the end of the text counts as one (the closing quote
-// follows it).
+#include "base/text.h"
+
+// A shell leaves a backslash alone unless it stands before one of the characters that it escapes,
+// which are "escapable"; the end of the text counts as one.
 static bool NeedsEscapes(std::string_view text, std::string_view special,
-                         std::string_view escapable, bool at_end) {
+                         std::string_view escapable) {
     for (size_t i = text.find_first_of(special); i != std::string_view::npos;
          i = text.find_first_of(special, i + 1)) {
         if (text[i] != '\\') {
             return true;
         }
-        const bool last = i + 1 == text.size();
-        if (last ? at_end : escapable.find(text[i + 1]) != std::string_view::npos) {
+        if (i + 1 == text.size() || escapable.find(text[i + 1]) != std::string_view::npos) {
             return true;
         }
     }
     return false;
 }
 
-static std::string WithBackslashes(std::string_view text, std::string_view special) {
-    std::string escaped;
-    escaped.reserve(text.size() + text.size() / 8);
+// Appends "text" to "escaped" with a backslash before each special character.
+static void AppendEscaped(std::string_view text, std::string_view special, std::string& escaped) {
     for (const char c : text) {
         if (special.find(c) != std::string_view::npos) {
             escaped += '\\';
         }
         escaped += c;
     }
-    return escaped;
 }
 
 static bool StandsBare(std::string_view word, bool is_program) {
@@ -47,34 +46,45 @@ std::string ShellWord(std::string_view word, bool is_program) {
     if (StandsBare(word, is_program)) {
         return std::string(word);
     }
-    const bool escape = NeedsEscapes(word, kSpecial, "\"`$\\\n", true);
-    return '"' + (escape ? WithBackslashes(word, kSpecial) : std::string(word)) + '"';
+    std::string quoted = "\"";
+    if (NeedsEscapes(word, kSpecial, "\"`$\\\n")) {
+        AppendEscaped(word, kSpecial, quoted);
+    } else {
+        quoted += word;
+    }
+    return quoted + '"';
 }
 
-static bool HasLine(std::string_view text, std::string_view line) {
-    for (size_t at = text.find(line); at != std::string_view::npos; at = text.find(line, at + 1)) {
-        const size_t end = at + line.size();
-        if ((at == 0 || text[at - 1] == '\n') && (end == text.size() || text[end] == '\n')) {
-            return true;
+// "EOF", or EOF with the first number that no line of the input equals.
+static std::string DelimiterFor(std::string_view input) {
+    static constexpr std::string_view kDelimiter = "EOF";
+    std::set<std::string_view> taken;
+    for (std::string_view rest = input; !rest.empty();) {
+        std::string_view line = TakeLine(rest);
+        line = line.substr(0, line.find('\n'));
+        if (line.substr(0, kDelimiter.size()) == kDelimiter) {
+            taken.insert(line);
         }
     }
-    return false;
+    std::string delimiter(kDelimiter);
+    for (int number = 1; taken.count(delimiter) != 0; ++number) {
+        delimiter = std::string(kDelimiter) + std::to_string(number);
+    }
+    return delimiter;
 }
 
-std::string HereDocument(std::string_view input) {
+void AppendHereDocument(std::string_view input, std::string& text) {
     static constexpr std::string_view kSpecial = "`$\\";
-    std::string delimiter = "EOF";
-    for (int number = 1; HasLine(input, delimiter); ++number) {
-        delimiter = "EOF" + std::to_string(number);
-    }
-    std::string text = "<<" + delimiter + "\n";
-    if (NeedsEscapes(input, kSpecial, "`$\\\n", false)) {
-        text += WithBackslashes(input, kSpecial);
+    const std::string delimiter = DelimiterFor(input);
+    text += "<<" + delimiter + "\n";
+    // A backslash at the very end would stand before the line end that is added.
+    if (NeedsEscapes(input, kSpecial, "`$\\\n")) {
+        AppendEscaped(input, kSpecial, text);
     } else {
         text += input;
     }
     if (!input.empty() && input.back() != '\n') {
         text += '\n';
     }
-    return text + delimiter + "\n";
+    text += delimiter + "\n";
 }

@@ -10,6 +10,6 @@
 //     -name      lab1 -> "lab1"      cost $5 -> "cost \$5"
 std::string ShellWord(std::string_view word, bool is_program);
 
-// "input" as a here-document, from "<<EOF" and its line end to the delimiter's line end. Every line
-// of the input comes back unchanged; a last line without its newline gets one.
-std::string HereDocument(std::string_view input);
+// Appends "input" to "text" as a here-document, from "<<EOF" and its line end to the delimiter's
+// line end. Every line of the input comes back unchanged; a last line without its newline gets one.
+void AppendHereDocument(std::string_view input, std::string& text);

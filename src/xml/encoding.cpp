@@ -108,6 +108,7 @@ class Converter {
         }
     }
 
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): what iconv_open returns for an unknown encoding.
     static inline const auto kNone = reinterpret_cast<iconv_t>(-1);
     iconv_t handle_;
 };

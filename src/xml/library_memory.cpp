@@ -2,11 +2,22 @@
 
 #include <algorithm>
 #include <new>
+#include <xercesc/internal/XMLReader.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "base/arena.h"
 
+// A reader is far larger than anything else that the library asks for at once, but for its few
+// bytes of header.
+static bool IsReader(size_t size) {
+    constexpr size_t kHeader = 64;
+    return size >= sizeof(xercesc::XMLReader) && size < sizeof(xercesc::XMLReader) + kHeader;
+}
+
 void* LibraryMemory::allocate(XMLSize_t size) {
+    if (IsReader(size) && ++readers_ > kMostReaders) {
+        throw xercesc::OutOfMemoryException();
+    }
     constexpr size_t kAlignment = alignof(std::max_align_t);
     try {
         if (size > kFromArena - used_) {

@@ -33,14 +33,29 @@ ShortText Narrow(const char16_t* wide) {
     return narrow;
 }
 
-// One slot for each hash: a text that meets another's slot takes it over.
+// One slot for each hash: a text that meets another's slot takes it over. Long texts are looked for
+// too, by their beginning, since an attribute's default comes once for each element.
 constexpr size_t kNameSlots = 64;
 constexpr size_t kValueSlots = 1024;
 std::array<NameId, kNameSlots> names_seen;
 std::array<const char*, kValueSlots> values_seen;
+std::array<const char*, kNameSlots> long_values_seen;
 
-const char* KeepLong(const char16_t* value) {
+// Whether "kept" is the plain text "wide".
+bool IsSame(const char* kept, std::u16string_view wide) {
+    size_t i = 0;
+    while (i < wide.size() && kept[i] != '\0' && static_cast<char16_t>(kept[i]) == wide[i]) {
+        ++i;
+    }
+    return i == wide.size() && kept[i] == '\0';
+}
+
+const char* KeepLong(const char16_t* value, uint32_t hash) {
     const std::u16string_view wide(value);
+    const char*& seen = long_values_seen[hash % kNameSlots];
+    if (seen != nullptr && IsSame(seen, wide)) {
+        return seen;
+    }
     size_t plain = 0;
     while (plain < wide.size() && wide[plain] < 0x80) {
         ++plain;
@@ -52,6 +67,7 @@ const char* KeepLong(const char16_t* value) {
     for (size_t i = 0; i < plain; ++i) {
         text[i] = static_cast<char>(wide[i]);
     }
+    seen = text;
     return text;
 }
 
@@ -73,7 +89,7 @@ NameId ParsedName(const char16_t* name) {
 const char* ParsedValue(const char16_t* value) {
     const ShortText text = Narrow(value);
     if (text.length > kShort) {
-        return KeepLong(value);
+        return KeepLong(value, text.hash);
     }
     const char*& seen = values_seen[text.hash % kValueSlots];
     if (seen == nullptr || strcmp(seen, text.text.data()) != 0) {

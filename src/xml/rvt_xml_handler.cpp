@@ -2,7 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
@@ -44,13 +46,37 @@ static RVT_Node* NewAttribute(NameId name, const char* value) {
     return attribute;
 }
 
-static bool HasAttribute(const RVT_Node& element, NameId name) {
-    RVT_Node_List_Elem* pos = nullptr;
-    const RVT_Node* attribute = element.GetFirstAttribute(pos);
-    while (attribute != nullptr && !attribute->IsName(name)) {
-        attribute = RVT_Node::GetNextAttribute(pos);
+// A name that would make the written document another one: the map has local names alone, so two
+// attributes of one element may differ in their prefix only before they are read, and "xmlns" would
+// become a declaration.
+void MyContentHandler::CheckName(const RVT_Node& element, NameId name) {
+    if (NameText(name) == "xmlns") {
+        Refuse(info_, "attribute with the local name 'xmlns' is not allowed");
     }
-    return attribute != nullptr;
+    if (info_.rules != DocumentRules::kMap) {
+        return;
+    }
+    if (bearers_.size() <= name) {
+        bearers_.resize(name + 1, nullptr);
+    }
+    if (bearers_[name] == &element) {
+        Refuse(info_, "attribute '" + std::string(NameText(name)) +
+                          "' is already specified for element '" + std::string(element.GetName()) +
+                          "'");
+    }
+    bearers_[name] = &element;
+}
+
+// Entities and defaults may make a foreign document somewhat larger than it is, not hundreds of
+// times.
+void MyContentHandler::CheckGrowth(const char* value) {
+    static constexpr size_t kGrowth = size_t{64} << 20;
+    if (info_.rules == DocumentRules::kForeign) {
+        value_bytes_ += strlen(value);
+        if (value_bytes_ > info_.size + kGrowth) {
+            Refuse(info_, "the attribute values grow too large");
+        }
+    }
 }
 
 RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
@@ -60,12 +86,10 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
     const XMLSize_t count = attributes.getLength();
     for (XMLSize_t i = 0; i < count; ++i) {
         const NameId name = ParsedName(attributes.getLocalName(i));
-        if (info_.rules == DocumentRules::kMap && HasAttribute(*element, name)) {
-            Refuse(info_, "attribute '" + std::string(NameText(name)) +
-                              "' is already specified for element '" +
-                              std::string(element->GetName()) + "'");
-        }
-        element->AddAttribute(NewAttribute(name, ParsedValue(attributes.getValue(i))));
+        CheckName(*element, name);
+        const char* value = ParsedValue(attributes.getValue(i));
+        CheckGrowth(value);
+        element->AddAttribute(NewAttribute(name, value));
     }
     return element;
 }
@@ -151,21 +175,54 @@ void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
     __xml_tree->AddChild(declaration);
 }
 
-void MyEntityHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value) {
-    if (std::u16string_view(value).size() > kLongestEntity) {
-        MyContentHandler::Refuse(info_, "the value of entity '" + ToUtf8(name) +
-                                            "' is longer than " + std::to_string(kLongestEntity) +
-                                            " characters");
+static size_t CharactersIn(std::u16string_view text) {
+    const auto is_low_surrogate = [](char16_t unit) { return (unit & 0xFC00U) == 0xDC00U; };
+    return text.size() -
+           static_cast<size_t>(std::count_if(text.begin(), text.end(), is_low_surrogate));
+}
+
+// Refuses the text of an entity or default, called "what" in the message, that is too long.
+static void CheckLength(const DocumentInfo& info, const std::string& what, const XMLCh* text) {
+    if (CharactersIn(text) > MyEntityHandler::kLongestEntity) {
+        MyContentHandler::Refuse(info, what + " is longer than " +
+                                           std::to_string(MyEntityHandler::kLongestEntity) +
+                                           " characters");
     }
 }
 
-static std::string NotAllowed(const std::string& reference) {
-    return "reference to '" + reference + "' is not allowed";
+void MyEntityHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value) {
+    CheckLength(info_, "the value of entity '" + ToUtf8(name) + "'", value);
 }
 
-void MyEntityHandler::externalEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
+void MyEntityHandler::attributeDecl(const XMLCh*, const XMLCh* attribute, const XMLCh*,
+                                    const XMLCh*, const XMLCh* value) {
+    if (value != nullptr) {
+        CheckLength(info_, "the default of attribute '" + ToUtf8(attribute) + "'", value);
+    }
+}
+
+void RefuseReference(const DocumentInfo& info, const XMLCh* system_id) {
+    MyContentHandler::Refuse(info, "reference to '" + ToUtf8(system_id) + "' is not allowed");
+}
+
+// A parameter entity is part of the document type, which may lie in files; any other would bring a
+// file's content into the map.
+void MyEntityHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh* system_id) {
+    if (info_.rules == DocumentRules::kForeign || *name != u'%') {
+        RefuseReference(info_, system_id);
+    }
+}
+
+void MyContentHandler::notationDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
+    if (info_.rules == DocumentRules::kForeign && system_id != nullptr) {
+        RefuseReference(info_, system_id);
+    }
+}
+
+void MyContentHandler::unparsedEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id,
+                                          const XMLCh*) {
     if (info_.rules == DocumentRules::kForeign) {
-        MyContentHandler::Refuse(info_, NotAllowed(ToUtf8(system_id)));
+        RefuseReference(info_, system_id);
     }
 }
 
@@ -197,7 +254,7 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     struct stat status {};
     if (info_.rules == DocumentRules::kForeign || path.empty() ||
         calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        MyContentHandler::Refuse(info_, NotAllowed(reference));
+        RefuseReference(info_, identifier->getSystemId());
     }
     return new FileSource(path);
 }

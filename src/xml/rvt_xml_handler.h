@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 #include <xercesc/framework/XMLDocumentHandler.hpp>
 #include <xercesc/sax2/DeclHandler.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
@@ -19,8 +20,12 @@ void SetXMLTree(RVT_XML_Tree* tree);
 struct DocumentInfo {
     std::string path;  // as messages name it: by its bytes
     DocumentRules rules = DocumentRules::kMap;
+    size_t size = 0;                            // bytes of a foreign document
     const xercesc::Locator* locator = nullptr;  // where the parser is
 };
+
+// The refusal of a reference to another file.
+[[noreturn]] void RefuseReference(const DocumentInfo& info, const XMLCh* system_id);
 
 // Elements and errors.
 class MyContentHandler : public xercesc::DefaultHandler {
@@ -36,13 +41,23 @@ class MyContentHandler : public xercesc::DefaultHandler {
     void error(const xercesc::SAXParseException& exception) override;
     void fatalError(const xercesc::SAXParseException& exception) override;
 
+    // What a document type may name outside the document, which a foreign one must not.
+    void notationDecl(const XMLCh* name, const XMLCh* public_id, const XMLCh* system_id) override;
+    void unparsedEntityDecl(const XMLCh* name, const XMLCh* public_id, const XMLCh* system_id,
+                            const XMLCh* notation) override;
+
     // Ends the run with "text" at the place where the parser is.
     [[noreturn]] static void Refuse(const DocumentInfo& info, const std::string& text);
 
   private:
     RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
+    void CheckName(const RVT_Node& element, NameId name);
+    void CheckGrowth(const char* value);
 
     DocumentInfo& info_;
+    // By name, the last element that has an attribute of that name.
+    std::vector<const RVT_Node*> bearers_;
+    size_t value_bytes_ = 0;
 };
 
 // Comments.
@@ -81,15 +96,15 @@ class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
 // Entities: how long one may be, and which files a document may name.
 class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityResolver {
   public:
-    // Characters that an internal entity may have; together with the library's limit on the number
-    // of expansions this bounds what a document can grow to.
+    // Characters that an internal entity, or the default of an attribute, may have; together with
+    // the limit on the number of expansions this bounds what a document can grow to.
     static constexpr size_t kLongestEntity = 1024;
 
     explicit MyEntityHandler(const DocumentInfo& info) : info_(info) {}
 
     void elementDecl(const XMLCh*, const XMLCh*) override {}
-    void attributeDecl(const XMLCh*, const XMLCh*, const XMLCh*, const XMLCh*,
-                       const XMLCh*) override {}
+    void attributeDecl(const XMLCh* element, const XMLCh* attribute, const XMLCh* type,
+                       const XMLCh* mode, const XMLCh* value) override;
     void internalEntityDecl(const XMLCh* name, const XMLCh* value) override;
     void externalEntityDecl(const XMLCh* name, const XMLCh* public_id,
                             const XMLCh* system_id) override;

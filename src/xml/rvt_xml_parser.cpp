@@ -52,22 +52,32 @@ void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
     reader.setContentHandler(&content);
     reader.setLexicalHandler(&lexical);
     reader.installAdvDocHandler(&document);
+    reader.setDTDHandler(&content);
     reader.setErrorHandler(&content);
     reader.setDeclarationHandler(&entities);
     reader.setXMLEntityResolver(&entities);
     reader.setProperty(xercesc::XMLUni::fgXercesSecurityManager, &security);
+    library_memory.CountReaders();
+    bool has_memory = true;
     try {
         reader.parse(source);
     } catch (const xercesc::OutOfMemoryException&) {
-        MyContentHandler::Refuse(info, "out of memory");
+        has_memory = false;
     } catch (const std::bad_alloc&) {
-        MyContentHandler::Refuse(info, "out of memory");
+        has_memory = false;
+    }
+    if (!has_memory) {
+        // The parser no longer knows where it was.
+        info.locator = nullptr;
+        MyContentHandler::Refuse(info, library_memory.HasTooManyReaders()
+                                           ? "too many entity expansions"
+                                           : "out of memory");
     }
 }
 
 // Parses what "make_source" returns; it is called once the library is ready.
 template <typename MakeSource>
-int Parse(const char* name, RVT_XML_Tree* tree, DocumentRules rules, MakeSource make_source) {
+int Parse(DocumentInfo info, RVT_XML_Tree* tree, MakeSource make_source) {
     SetXMLTree(tree);
     try {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
@@ -79,7 +89,6 @@ int Parse(const char* name, RVT_XML_Tree* tree, DocumentRules rules, MakeSource 
     }
     int result = 0;
     try {
-        DocumentInfo info{name, rules, nullptr};
         ParseWithHandlers(make_source(), info);
     } catch (const xercesc::XMLException& failure) {
         static_cast<void>(fprintf(stderr, "\nAn error occurred\n  Error: %s\n\n",
@@ -93,11 +102,11 @@ int Parse(const char* name, RVT_XML_Tree* tree, DocumentRules rules, MakeSource 
 }  // namespace
 
 int ParseXMLFile(const char* path, RVT_XML_Tree* tree, DocumentRules rules) {
-    return Parse(path, tree, rules, [path] { return FileSource(path); });
+    return Parse({path, rules}, tree, [path] { return FileSource(path); });
 }
 
 int ParseXMLText(std::string_view text, const char* name, RVT_XML_Tree* tree) {
-    return Parse(name, tree, DocumentRules::kForeign,
+    return Parse({name, DocumentRules::kForeign, text.size()}, tree,
                  [text, name] { return TextSource(text, name); });
 }
 

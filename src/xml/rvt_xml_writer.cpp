@@ -41,6 +41,26 @@ static std::string_view EntityFor(char c) {
     }
 }
 
+// Whether the document that is being printed declares XML 1.1.
+static bool is_xml_11 = false;
+
+// "text" with the characters that XML 1.1 admits, or keeps, by reference alone as references.
+static std::string WithControlReferences(std::string_view text) {
+    std::string referenced;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const int code = TakeCharacter(text);
+        const bool is_space = code == '\t' || code == '\n' || code == '\r';
+        const bool is_control = (code > 0 && code < 0x20) || (code >= 0x7F && code < 0xA0);
+        if ((is_control && !is_space) || code == 0x2028) {
+            referenced += "&#" + std::to_string(code) + ";";
+        } else {
+            referenced += before.substr(0, before.size() - text.size());
+        }
+    }
+    return referenced;
+}
+
 std::string_view DoEntityReferenceReplacement(const char* text) {
     static std::array<char, kLongestValue + kLongestEntity> buffer;
     static constexpr const char* kReserved = "&<>\"'";
@@ -81,7 +101,12 @@ void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t col
             ClearError();
             RVTExit(ExitCode::kLookupFailed);
         }
-        const std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
+        std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
+        std::string referenced;
+        if (is_xml_11) {
+            referenced = WithControlReferences(value);
+            value = referenced;
+        }
         const size_t width = name.size() + value.size() + kAround;
         if (column + width > kLastColumn) {
             out.Put("\n");
@@ -154,7 +179,24 @@ ExitCode PrintChildren(Output& out, const RVT_Node& node, size_t depth) {
     return ResultOf(out);
 }
 
+// An attribute of the tree's XML declaration, empty for none.
+static std::string Declared(const RVT_XML_Tree& tree, std::string_view name) {
+    RVT_Node_List_Elem* pos = nullptr;
+    const RVT_Node* first = tree.GetFirstChild(pos);
+    if (first == nullptr || !first->IsType(RVT_XML_DECL)) {
+        return "";
+    }
+    for (const RVT_Node* attribute = first->GetFirstAttribute(pos); attribute != nullptr;
+         attribute = RVT_Node::GetNextAttribute(pos)) {
+        if (attribute->IsName(name)) {
+            return attribute->GetValue();
+        }
+    }
+    return "";
+}
+
 ExitCode PrintTree(Output& out, RVT_XML_Tree* tree) {
+    is_xml_11 = Declared(*tree, "version") == "1.1";
     RVT_Node_List_Elem* pos = nullptr;
     for (const RVT_Node* node = tree->GetFirstChild(pos); node != nullptr && !out.HasFailed();
          node = RVT_XML_Tree::GetNextChild(pos)) {
@@ -163,25 +205,9 @@ ExitCode PrintTree(Output& out, RVT_XML_Tree* tree) {
     return ResultOf(out);
 }
 
-// The encoding that the tree's XML declaration names, or nothing.
-static std::string DeclaredEncoding(const RVT_XML_Tree& tree) {
-    RVT_Node_List_Elem* pos = nullptr;
-    const RVT_Node* first = tree.GetFirstChild(pos);
-    if (first == nullptr || !first->IsType(RVT_XML_DECL)) {
-        return "";
-    }
-    for (const RVT_Node* attribute = first->GetFirstAttribute(pos); attribute != nullptr;
-         attribute = RVT_Node::GetNextAttribute(pos)) {
-        if (attribute->IsName("encoding")) {
-            return attribute->GetValue();
-        }
-    }
-    return "";
-}
-
 // Prints the tree in its encoding. False when it cannot be written, or not in that encoding.
 static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
-    const std::string encoding = DeclaredEncoding(*tree);
+    const std::string encoding = Declared(*tree, "encoding");
     if (IsUtf8(encoding)) {
         Output out(fd);
         return PrintTree(out, tree) == ExitCode::kOk && out.Flush();

@@ -11,7 +11,8 @@
 //
 // An element without children ends in "/>"; one whose children are all deleted keeps both tags.
 // Attribute values longer than 8 KiB in their escaped form are cut; names and comments are written
-// as they are.
+// as they are. In a document of XML 1.1, whose values may hold control characters by reference
+// alone, those are written as such references (&#1;).
 #pragma once
 
 #include <string_view>
