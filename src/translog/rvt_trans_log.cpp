@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <array>
@@ -88,9 +89,26 @@ static ExitCode OpenLog(FileDescriptor& file) {
     return opened.created ? GiveToProductGroup(file.get(), 0660) : ExitCode::kOk;
 }
 
-// Reserves "size" bytes behind the end of the log. Only a full disk counts as a refusal: a file
-// system that cannot reserve at all is no error.
-static bool HasRoomFor(size_t size) {
+// What an ending without an error message takes at most.
+static constexpr off_t kPlainEnding = 256;
+
+// Whether the entry may be appended under the process's limit on the size of files, which
+// reserving room does not look at on every file system.
+static bool IsWithinLimit() {
+    struct rlimit limit {};
+    const off_t size =
+        SizeOf(log_file.get()) + static_cast<off_t>(entry.head.size()) + kPlainEnding;
+    return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
+           static_cast<rlim_t>(size) <= limit.rlim_cur;
+}
+
+// Reserves room behind the end of the log for the entry with its largest ending. Only a full disk
+// counts as a refusal: a file system that cannot reserve at all is no error.
+static bool HasRoomForEntry() {
+    const size_t size = entry.head.size() + kLargestEnding;
+    if (!IsWithinLimit()) {
+        return false;
+    }
     return calls::Reserve(log_file.get(), SizeOf(log_file.get()), static_cast<off_t>(size)) == 0 ||
            (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
 }
@@ -114,17 +132,19 @@ ExitCode LogCommandLine(int argc, char** argv) {
     if (const ExitCode code = OpenLog(log_file); code != ExitCode::kOk) {
         return code;
     }
-    std::string head = Banner();
+    std::string& head = entry.head;
+    head = Banner();
     for (int i = 0; i < argc; ++i) {
         head += ShellWord(argv[i], i == 0) + ' ';
     }
     head += "\n\n";
     head.reserve(head.size() + kLargestEnding);
-    if (!HasRoomFor(head.size() + kLargestEnding)) {
-        return WriteFailure();
+    if (HasRoomForEntry()) {
+        return ExitCode::kOk;
     }
-    entry.head = std::move(head);
-    return ExitCode::kOk;
+    // A replay must not repeat a command that was refused for want of room.
+    head.clear();
+    return WriteFailure();
 }
 
 ExitCode LogStdIn(std::string_view input) {
@@ -137,7 +157,7 @@ ExitCode LogStdIn(std::string_view input) {
     head.resize(head.find_last_not_of('\n') + 1);
     AppendHereDocument(input, head);
     head += '\n';
-    return HasRoomFor(head.size() + kLargestEnding) ? ExitCode::kOk : WriteFailure();
+    return HasRoomForEntry() ? ExitCode::kOk : WriteFailure();
 }
 
 // "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
