@@ -68,22 +68,24 @@ bool IsSameFile(int fd, const char* path) {
 
 off_t SizeOf(int fd) {
     struct stat status {};
-    return calls::Fstat(fd, &status) == 0 ? status.st_size : 0;
+    return calls::Fstat(fd, &status) == 0 ? status.st_size : -1;
+}
+
+ssize_t ReadOnce(int fd, void* buffer, size_t size) {
+    ssize_t got = 0;
+    do {
+        got = calls::Read(fd, buffer, size);
+    } while (got < 0 && errno == EINTR);
+    return got;
 }
 
 bool ReadToEnd(int fd, std::string& text) {
     std::array<char, 65536> piece;
-    for (;;) {
-        const ssize_t got = calls::Read(fd, piece.data(), piece.size());
-        if (got == 0) {
-            return true;
-        }
-        if (got > 0) {
-            text.append(piece.data(), static_cast<size_t>(got));
-        } else if (errno != EINTR) {
-            return false;
-        }
+    ssize_t got = 0;
+    while ((got = ReadOnce(fd, piece.data(), piece.size())) > 0) {
+        text.append(piece.data(), static_cast<size_t>(got));
     }
+    return got == 0;
 }
 
 // Writes all of "text" with "write", which takes the bytes that are left and how many bytes came
@@ -119,6 +121,9 @@ static bool WriteAllAt(int fd, std::string_view text, off_t offset) {
 
 bool ReplaceTail(int fd, off_t offset, std::string_view tail) {
     const off_t old_end = SizeOf(fd);
+    if (old_end < offset) {
+        return false;
+    }
     const off_t new_end = offset + static_cast<off_t>(tail.size());
     const size_t within = static_cast<size_t>(std::min(old_end, new_end) - offset);
     if (!WriteAllAt(fd, tail.substr(within), old_end)) {

@@ -56,8 +56,12 @@ ExitCode GiveToProductGroup(int fd, mode_t mode);
 // Whether "path" names the file that is open as "fd".
 bool IsSameFile(int fd, const char* path);
 
-// Size in bytes of the file open as "fd"; 0 where it has none.
+// Size in bytes of the file open as "fd"; -1, with errno, when it cannot be told.
 off_t SizeOf(int fd);
+
+// Reads once from "fd", again when a signal interrupts it: the number of bytes, 0 at the end, or
+// -1, with errno.
+ssize_t ReadOnce(int fd, void* buffer, size_t size);
 
 // Appends what is left to read from "fd" to "text". False, with errno, on a read error; "text" then
 // holds what came before it.

@@ -3,8 +3,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
 
 #include "base/calls.h"
 #include "base/error.h"
@@ -14,11 +14,7 @@
 // Reads once from standard input; 0 at its end and on an error.
 static size_t ReadStdIn(char* buffer, size_t size) {
     const TerminationAllowed while_waiting;
-    ssize_t got = 0;
-    do {
-        got = calls::Read(STDIN_FILENO, buffer, size);
-    } while (got < 0 && errno == EINTR);
-    return got < 0 ? 0 : static_cast<size_t>(got);
+    return static_cast<size_t>(std::max<ssize_t>(ReadOnce(STDIN_FILENO, buffer, size), 0));
 }
 
 namespace {

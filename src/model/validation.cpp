@@ -151,7 +151,7 @@ static std::string_view ReadReferenceFile(const char* path) {
     const FileDescriptor file(calls::Open(path, O_RDONLY | O_NONBLOCK));
     ssize_t got = -1;
     do {
-        got = file.IsOpen() ? calls::Read(file.get(), piece.data(), piece.size()) : -1;
+        got = file.IsOpen() ? ReadOnce(file.get(), piece.data(), piece.size()) : -1;
         text.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
         // A short piece is the last one: these checks are made by the hundred thousand when a large
         // map is converted, and a read that only finds the end costs as much as the first.

@@ -236,9 +236,13 @@ static ExitCode ReplaceEnding(const std::string& ending) {
         tail.compare(0, entry.ending.size(), entry.ending) != 0) {
         return WriteFailure();
     }
+    const std::string old_tail = tail;
     tail.replace(0, entry.ending.size(), ending);
     static_cast<void>(calls::SetFlags(fd, 0));
     const bool replaced = ReplaceTail(fd, entry.ending_position, tail);
+    if (!replaced) {
+        static_cast<void>(ReplaceTail(fd, entry.ending_position, old_tail));
+    }
     static_cast<void>(calls::SetFlags(fd, O_APPEND));
     if (!replaced) {
         return WriteFailure();

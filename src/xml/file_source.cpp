@@ -1,7 +1,6 @@
 #include "xml/file_source.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <utility>
 #include <xercesc/util/BinInputStream.hpp>
@@ -10,7 +9,6 @@
 #include <xercesc/util/XMLString.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "base/calls.h"
 #include "base/text.h"
 
 namespace {
@@ -23,10 +21,7 @@ class FileStream : public xercesc::BinInputStream {
     [[nodiscard]] const XMLCh* getContentType() const override { return nullptr; }
 
     XMLSize_t readBytes(XMLByte* const buffer, const XMLSize_t size) override {
-        ssize_t got = 0;
-        do {
-            got = calls::Read(file_.get(), buffer, size);
-        } while (got < 0 && errno == EINTR);
+        const ssize_t got = ReadOnce(file_.get(), buffer, size);
         if (got < 0) {
             using namespace xercesc;
             ThrowXML(XMLPlatformUtilsException, XMLExcepts::File_CouldNotReadFromFile);

@@ -14,6 +14,7 @@
 #include "base/text.h"
 #include "run/rvt_exit.h"
 #include "xml/encoding.h"
+#include "xml/rvt_xml_parser.h"
 
 // Blanks for each level of nesting, and how much deeper a continuation line begins.
 static constexpr size_t kIndent = 4;
@@ -215,8 +216,11 @@ static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
     std::string text;
     Output in_memory(text);
     std::string converted;
+    // The parser has the last word on what an encoding is, so what it cannot read back ends the
+    // run.
     return PrintTree(in_memory, tree) == ExitCode::kOk && in_memory.Flush() &&
-           ConvertDocument(text, encoding, converted) && WriteAll(fd, converted);
+           ConvertDocument(text, encoding, converted) && CheckXMLText(converted, "new map") == 0 &&
+           WriteAll(fd, converted);
 }
 
 // Creates the temporary map. It is always a new file: whatever bears its name, a leftover or a
