@@ -76,9 +76,10 @@ void AllowTermination() {
 
 int RunShellCommand(const char* command) {
     // The child must see the dispositions as given, so they change here only once it runs; until
-    // then an interrupt waits.
+    // then an interrupt waits. It makes nothing but system calls, so it may run in this process's
+    // memory: a copy of a large map's would cost more than the shell.
     HoldTermination();
-    const pid_t child = fork();
+    const pid_t child = vfork();
     if (child == 0) {
         BecomeShell(command);
     }
