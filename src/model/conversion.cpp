@@ -123,11 +123,13 @@ ExitCode GroupPlatformsWithDupIPAddr() {
 }
 
 void MoveConsolesToPlatform(RVT_Node& from, RVT_Node& to) {
-    RVT_Node_List_Elem* next = from.ReleaseChildren();
-    while (next != nullptr) {
-        auto* child = static_cast<RVT_Node*>(next);
-        next = child->next;
+    const RVT_Node_List children = from.ReleaseChildren();
+    RVT_Node_List_Elem* pos = nullptr;
+    RVT_Node* child = children.GetFirstNode(pos);
+    while (child != nullptr) {
+        RVT_Node* next = RVT_Node_List::GetNextNode(pos);
         (child->IsType(RVT_ELEMENT) && child->IsName(Console) ? to : from).AddChild(child);
+        child = next;
     }
     from.Delete();
 }

@@ -159,11 +159,11 @@ ExitCode SetPropertyValue(const RVT_Node& node, std::string_view name, std::stri
 
 void SetAttributes(RVT_Node& node,
                    std::initializer_list<std::pair<std::string_view, std::string_view>> pairs) {
+    RVT_Node* attribute = node.AddAttributes(pairs.size());
     for (const auto& [name, value] : pairs) {
-        RVT_Node* attribute = RVT_Node::Create(RVT_ATTRIBUTE);
         attribute->SetName(name);
         attribute->SetValue(value);
-        node.AddAttribute(attribute);
+        ++attribute;
     }
 }
 

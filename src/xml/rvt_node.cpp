@@ -6,122 +6,112 @@
 
 RVT_XML_Tree rvt_xml_tree;
 
-// What every node but an attribute has behind it.
-struct RVT_Node::Lists : RVT_Node {
-    explicit Lists(RVT_NODE_TYPE type) : RVT_Node(type, false) {}
+// Any node but an attribute.
+struct RVT_Node::Listed : RVT_Node {
+    explicit Listed(RVT_NODE_TYPE type) : RVT_Node(type, type != RVT_COMMENT) {
+        if (has_attributes_) {
+            attributes_ = nullptr;
+        }
+    }
+    RVT_Node* next = nullptr;
     RVT_Node* parent = nullptr;
-    RVT_Node_List attributes;
     RVT_Node_List children;
 };
 
 void RVT_Node_List::AddNode(RVT_Node* node) {
-    node->next = nullptr;
-    (tail_ == nullptr ? head_ : tail_->next) = node;
+    node->AsListed()->next = nullptr;
+    (tail_ == nullptr ? head_ : tail_->AsListed()->next) = node;
     tail_ = node;
-}
-
-RVT_Node* RVT_Node_List::GetFirstNode() {
-    return IsEmpty() ? nullptr : GetFirstNode(cursor_);
-}
-
-RVT_Node* RVT_Node_List::GetNextNode() {
-    return GetNextNode(cursor_);
 }
 
 RVT_Node* RVT_Node_List::GetFirstNode(RVT_Node_List_Elem*& pos) const {
     pos = head_;
-    return static_cast<RVT_Node*>(pos);
+    return head_;
 }
 
 RVT_Node* RVT_Node_List::GetNextNode(RVT_Node_List_Elem*& pos) {
-    if (pos != nullptr) {
-        pos = pos->next;
+    if (pos == nullptr) {
+        return nullptr;
     }
-    return static_cast<RVT_Node*>(pos);
+    RVT_Node* next = static_cast<RVT_Node*>(pos)->AsListed()->next;
+    pos = next;
+    return next;
 }
 
 RVT_Node* RVT_Node::Create(RVT_NODE_TYPE type) {
-    if (type == RVT_ATTRIBUTE) {
-        return new (arena::Allocate(sizeof(RVT_Node))) RVT_Node(type, true);
-    }
-    return new (arena::Allocate(sizeof(Lists))) Lists(type);
+    return new (arena::Allocate(sizeof(Listed))) Listed(type);
+}
+
+RVT_Node::Listed* RVT_Node::AsListed() {
+    return static_cast<Listed*>(this);
+}
+
+const RVT_Node::Listed* RVT_Node::AsListed() const {
+    return static_cast<const Listed*>(this);
 }
 
 void RVT_Node::SetValue(std::string_view value) {
-    value_ = arena::Copy(value);
-}
-
-// An attribute has no lists: it lends out empty ones, which nothing is ever added to.
-RVT_Node::Lists* RVT_Node::GetLists() {
-    static Lists none(RVT_DELETED);
-    return is_attribute_ ? &none : static_cast<Lists*>(this);
-}
-
-const RVT_Node::Lists* RVT_Node::GetLists() const {
-    return const_cast<RVT_Node*>(this)->GetLists();
-}
-
-void RVT_Node::AddAttribute(RVT_Node* attribute) {
-    if (!is_attribute_) {
-        GetLists()->attributes.AddNode(attribute);
+    if (!has_attributes_) {
+        value_ = arena::Copy(value);
     }
 }
 
-RVT_Node* RVT_Node::GetFirstAttribute() {
-    return GetLists()->attributes.GetFirstNode();
-}
-
-RVT_Node* RVT_Node::GetNextAttribute() {
-    return GetLists()->attributes.GetNextNode();
+RVT_Node* RVT_Node::AddAttributes(size_t count) {
+    if (!has_attributes_ || count == 0) {
+        return nullptr;
+    }
+    size_t had = 0;
+    RVT_Node_List_Elem* pos = nullptr;
+    for (const RVT_Node* old = GetFirstAttribute(pos); old != nullptr;
+         old = GetNextAttribute(pos)) {
+        ++had;
+    }
+    auto* all = static_cast<RVT_Node*>(arena::Allocate((had + count) * sizeof(RVT_Node)));
+    for (size_t i = 0; i < had + count; ++i) {
+        auto* attribute = i < had ? new (all + i) RVT_Node(attributes_[i])
+                                  : new (all + i) RVT_Node(RVT_ATTRIBUTE, false);
+        attribute->is_followed_ = i + 1 < had + count;
+    }
+    attributes_ = all;
+    return all + had;
 }
 
 RVT_Node* RVT_Node::GetFirstAttribute(RVT_Node_List_Elem*& pos) const {
-    return GetLists()->attributes.GetFirstNode(pos);
-}
-
-RVT_Node* RVT_Node::GetNextAttribute(RVT_Node_List_Elem*& pos) {
-    return RVT_Node_List::GetNextNode(pos);
-}
-
-void RVT_Node::AddChild(RVT_Node* child) {
-    if (!is_attribute_) {
-        child->SetParent(this);
-        GetLists()->children.AddNode(child);
-    }
-}
-
-RVT_Node* RVT_Node::GetFirstChild() {
-    return GetLists()->children.GetFirstNode();
-}
-
-RVT_Node* RVT_Node::GetNextChild() {
-    return GetLists()->children.GetNextNode();
-}
-
-RVT_Node* RVT_Node::GetFirstChild(RVT_Node_List_Elem*& pos) const {
-    return GetLists()->children.GetFirstNode(pos);
-}
-
-RVT_Node* RVT_Node::GetNextChild(RVT_Node_List_Elem*& pos) {
-    return RVT_Node_List::GetNextNode(pos);
-}
-
-bool RVT_Node::HasChildren() const {
-    return !GetLists()->children.IsEmpty();
-}
-
-RVT_Node* RVT_Node::ReleaseChildren() {
-    RVT_Node* first = GetFirstChild();
-    GetLists()->children.Empty();
+    RVT_Node* first = has_attributes_ ? attributes_ : nullptr;
+    pos = first;
     return first;
 }
 
+RVT_Node* RVT_Node::GetNextAttribute(RVT_Node_List_Elem*& pos) {
+    auto* attribute = static_cast<RVT_Node*>(pos);
+    RVT_Node* next = attribute != nullptr && attribute->is_followed_ ? attribute + 1 : nullptr;
+    pos = next;
+    return next;
+}
+
+void RVT_Node::AddChild(RVT_Node* child) {
+    child->SetParent(this);
+    AsListed()->children.AddNode(child);
+}
+
+RVT_Node* RVT_Node::GetFirstChild(RVT_Node_List_Elem*& pos) const {
+    return AsListed()->children.GetFirstNode(pos);
+}
+
+bool RVT_Node::HasChildren() const {
+    return !AsListed()->children.IsEmpty();
+}
+
+RVT_Node_List RVT_Node::ReleaseChildren() {
+    RVT_Node_List released = AsListed()->children;
+    AsListed()->children.Empty();
+    return released;
+}
+
 RVT_Node* RVT_Node::GetParent() const {
-    return GetLists()->parent;
+    return AsListed()->parent;
 }
 
 void RVT_Node::SetParent(RVT_Node* parent) {
-    if (!is_attribute_) {
-        GetLists()->parent = parent;
-    }
+    AsListed()->parent = parent;
 }

@@ -39,13 +39,6 @@ static void AppendToOpenElement(RVT_Node* node) {
     }
 }
 
-static RVT_Node* NewAttribute(NameId name, const char* value) {
-    RVT_Node* attribute = RVT_Node::Create(RVT_ATTRIBUTE);
-    attribute->SetName(name);
-    attribute->SetKeptValue(value);
-    return attribute;
-}
-
 // A name that would make the written document another one: the map has local names alone, so two
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
 // become a declaration.
@@ -84,12 +77,15 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
     RVT_Node* element = RVT_Node::Create(RVT_ELEMENT);
     element->SetName(ParsedName(localname));
     const XMLSize_t count = attributes.getLength();
+    RVT_Node* attribute = element->AddAttributes(count);
     for (XMLSize_t i = 0; i < count; ++i) {
         const NameId name = ParsedName(attributes.getLocalName(i));
         CheckName(*element, name);
         const char* value = ParsedValue(attributes.getValue(i));
         CheckGrowth(value);
-        element->AddAttribute(NewAttribute(name, value));
+        attribute->SetName(name);
+        attribute->SetKeptValue(value);
+        ++attribute;
     }
     return element;
 }
@@ -166,7 +162,9 @@ void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
     RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
     const auto add = [declaration](std::string_view name, const XMLCh* text) {
         if (text != nullptr && *text != 0) {
-            declaration->AddAttribute(NewAttribute(InternName(name), ParsedValue(text)));
+            RVT_Node* attribute = declaration->AddAttributes(1);
+            attribute->SetName(name);
+            attribute->SetKeptValue(ParsedValue(text));
         }
     };
     add("version", version);

@@ -26,7 +26,7 @@ class ElementWalk {
         }
         RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
         Iterator& operator++() {
-            pos_ = pos_->next;
+            RVT_Node::GetNextChild(pos_);
             SkipOthers();
             return *this;
         }
@@ -35,7 +35,7 @@ class ElementWalk {
       private:
         void SkipOthers() {
             while (pos_ != nullptr && !walk_.Wants(**this)) {
-                pos_ = pos_->next;
+                RVT_Node::GetNextChild(pos_);
             }
         }
         const ElementWalk& walk_;
