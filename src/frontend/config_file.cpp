@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <string>
 #include <string_view>
 
@@ -121,7 +122,7 @@ ExitCode WriteConfigFile() {
     const std::string& path = options.kfxd_conf_file;
     const std::string& argument = options.set_kfxd_conf_value;
     struct stat status {};
-    if (calls::Stat(path.c_str(), &status) != 0) {
+    if (calls::Stat(path.c_str(), &status) != 0 && errno == ENOENT) {
         return CreateFile(path, argument);
     }
     std::string text;

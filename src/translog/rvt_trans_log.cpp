@@ -238,7 +238,9 @@ static ExitCode ReplaceEnding(const std::string& ending) {
     }
     const std::string old_tail = tail;
     tail.replace(0, entry.ending.size(), ending);
-    static_cast<void>(calls::SetFlags(fd, 0));
+    if (calls::SetFlags(fd, 0) != 0) {
+        return WriteFailure();
+    }
     const bool replaced = ReplaceTail(fd, entry.ending_position, tail);
     if (!replaced) {
         static_cast<void>(ReplaceTail(fd, entry.ending_position, old_tail));

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "base/arena.h"
 #include "base/text.h"
@@ -35,25 +36,24 @@ ShortText Narrow(const char16_t* wide) {
 
 // One slot for each hash: a text that meets another's slot takes it over. Long texts are looked for
 // too, by their beginning, since an attribute's default comes once for each element.
-constexpr size_t kNameSlots = 64;
+constexpr size_t kLongSlots = 64;
 constexpr size_t kValueSlots = 1024;
-std::array<NameId, kNameSlots> names_seen;
 std::array<const char*, kValueSlots> values_seen;
-std::array<const char*, kNameSlots> long_values_seen;
+std::array<const char*, kLongSlots> long_values_seen;
 
 // Whether "kept" is the plain text "wide".
-bool IsSame(const char* kept, std::u16string_view wide) {
-    size_t i = 0;
-    while (i < wide.size() && kept[i] != '\0' && static_cast<char16_t>(kept[i]) == wide[i]) {
-        ++i;
+bool IsSame(const char* kept, const char16_t* wide) {
+    while (*kept != '\0' && *wide < 0x80 && static_cast<char16_t>(*kept) == *wide) {
+        ++kept;
+        ++wide;
     }
-    return i == wide.size() && kept[i] == '\0';
+    return *kept == '\0' && *wide == 0;
 }
 
 const char* KeepLong(const char16_t* value, uint32_t hash) {
     const std::u16string_view wide(value);
-    const char*& seen = long_values_seen[hash % kNameSlots];
-    if (seen != nullptr && IsSame(seen, wide)) {
+    const char*& seen = long_values_seen[hash % kLongSlots];
+    if (seen != nullptr && IsSame(seen, value)) {
         return seen;
     }
     size_t plain = 0;
@@ -73,17 +73,20 @@ const char* KeepLong(const char16_t* value, uint32_t hash) {
 
 }  // namespace
 
+// Names come in the same order over and over, so the one that followed the last name before is
+// tried first.
 NameId ParsedName(const char16_t* name) {
-    const ShortText text = Narrow(name);
-    if (text.length > kShort) {
-        return InternName(ToUtf8(name));
+    static std::vector<NameId> followers = {0};
+    static NameId last = 0;
+    NameId& follower = followers[last];
+    if (!IsSame(NameText(follower).data(), name)) {
+        follower = InternName(ToUtf8(name));
     }
-    const std::string_view plain(text.text.data(), text.length);
-    NameId& seen = names_seen[text.hash % kNameSlots];
-    if (NameText(seen) != plain) {
-        seen = InternName(plain);
+    last = follower;
+    if (followers.size() <= last) {
+        followers.resize(last + 1);
     }
-    return seen;
+    return last;
 }
 
 const char* ParsedValue(const char16_t* value) {

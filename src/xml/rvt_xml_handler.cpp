@@ -43,7 +43,8 @@ static void AppendToOpenElement(RVT_Node* node) {
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
 // become a declaration.
 void MyContentHandler::CheckName(const RVT_Node& element, NameId name) {
-    if (NameText(name) == "xmlns") {
+    static const NameId kXmlns = InternName("xmlns");
+    if (name == kXmlns) {
         Refuse(info_, "attribute with the local name 'xmlns' is not allowed");
     }
     if (info_.rules != DocumentRules::kMap) {

@@ -5,7 +5,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "base/calls.h"
@@ -64,19 +63,13 @@ static std::string WithControlReferences(std::string_view text) {
 
 std::string_view DoEntityReferenceReplacement(const char* text) {
     static std::array<char, kLongestValue + kLongestEntity> buffer;
-    static constexpr const char* kReserved = "&<>\"'";
     size_t used = 0;
-    while (*text != '\0' && used < kLongestValue) {
-        const size_t plain = strcspn(text, kReserved);
-        const size_t fits = plain < kLongestValue - used ? plain : kLongestValue - used;
-        memcpy(buffer.data() + used, text, fits);
-        used += fits;
-        text += fits;
-        if (*text != '\0' && used < kLongestValue) {
-            const std::string_view entity = EntityFor(*text);
-            memcpy(buffer.data() + used, entity.data(), entity.size());
-            used += entity.size();
-            ++text;
+    for (; *text != '\0' && used < kLongestValue; ++text) {
+        const std::string_view entity = EntityFor(*text);
+        if (entity.empty()) {
+            buffer[used++] = *text;
+        } else {
+            used += entity.copy(buffer.data() + used, entity.size());
         }
     }
     // Cut before a character that does not fit whole, never within it.
