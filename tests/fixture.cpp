@@ -18,19 +18,16 @@ const std::string kKfxConfHeader =
 
 static std::string ReadFrom(int fd) {
     std::string text;
-    std::array<char, 65536> buffer;
-    for (ssize_t got = 0; (got = read(fd, buffer.data(), buffer.size())) > 0;) {
-        text.append(buffer.data(), static_cast<size_t>(got));
+    for (std::array<char, 65536> some; ssize_t got = read(fd, some.data(), some.size());) {
+        text.append(some.data(), static_cast<size_t>(got));
     }
     close(fd);
     return text;
 }
 
 Result Running::Wait() const {
-    Result result;
     // Standard output ends up in a pipe that holds little, so it is read first; errors are short.
-    result.out = ReadFrom(out);
-    result.err = ReadFrom(err);
+    Result result = {-1, 0, ReadFrom(out), ReadFrom(err)};
     int status = 0;
     waitpid(pid, &status, 0);
     result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -39,13 +36,14 @@ Result Running::Wait() const {
 }
 
 Tree::Tree() {
-    std::string name = (fs::temp_directory_path() / "tqs-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
+    root_ = (fs::temp_directory_path() / "tqs-test-XXXXXX").string();
+    if (mkdtemp(root_.data()) == nullptr) {
         throw std::runtime_error("no folder for a test");
     }
-    root_ = name;
-    for (const char* folder : {"usr/opt/tqs/config", "usr/opt/tqs/events", "usr/opt/tqs/logs",
-                               "usr/opt/tqs/bin", "etc/init.d", "tmp", "path"}) {
+    for (const char* folder : {"config", "events", "logs", "bin"}) {
+        fs::create_directories(Path(kProduct + folder));
+    }
+    for (const char* folder : {"etc/init.d", "tmp", "path"}) {
         fs::create_directories(Path(folder));
     }
     fs::create_symlink(TQSMGR_TEST, Path("path/tqsmgr"));
@@ -53,13 +51,13 @@ Tree::Tree() {
     Write(kModels, "# known models\nServer|M100\nBig|X9\n");
     Write(kOsTypes, "Unknown|\nlinux|Linux servers\naix|AIX\n");
     Write(kEvents + "/basic", "");
-    const std::array<std::array<std::string, 2>, 3> stubs = {{{kProduct + "bin/notifyweb", "web"},
-                                                              {"etc/init.d/kfxd", "kfxd $1"},
-                                                              {kProduct + "bin/notifylrp", "lrp"}}};
-    for (const auto& [path, line] : stubs) {
+    const auto stub = [this](const std::string& path, const std::string& line) {
         Write(path, "#!/bin/sh\necho " + line + " >> " + kCalls + "\n");
         fs::permissions(Path(path), fs::perms::owner_all);
-    }
+    };
+    stub(kProduct + "bin/notifyweb", "web");
+    stub(kProduct + "bin/notifylrp", "lrp");
+    stub("etc/init.d/kfxd", "kfxd $1");
 }
 
 Tree::~Tree() {
@@ -69,73 +67,59 @@ Tree::~Tree() {
 
 Running Tree::Start(const std::vector<std::string>& words, const std::string& input,
                     const std::string& binary) const {
-    std::vector<std::string> all = {"tqsmgr"};
-    all.insert(all.end(), words.begin(), words.end());
-    std::vector<char*> argv;
-    for (std::string& word : all) {
-        argv.push_back(word.data());
+    std::vector<char*> argv = {const_cast<char*>("tqsmgr")};
+    for (const std::string& word : words) {
+        argv.push_back(const_cast<char*>(word.c_str()));
     }
     argv.push_back(nullptr);
-    const std::string program = binary.empty() ? TQSMGR_TEST : binary;
     // The input is a file, so that a run which does not read it cannot block this one.
-    const int in = open(Path("stdin").c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600);
-    if (write(in, input.data(), input.size()) != static_cast<ssize_t>(input.size())) {
-        throw std::runtime_error("no input for a run");
-    }
-    lseek(in, 0, SEEK_SET);
+    Write("stdin", input);
+    const int in = open(Path("stdin").c_str(), O_RDONLY | O_CLOEXEC);
     std::array<int, 2> out{};
     std::array<int, 2> err{};
-    if (pipe2(out.data(), O_CLOEXEC) != 0 || pipe2(err.data(), O_CLOEXEC) != 0) {
-        throw std::runtime_error("no pipe for a run");
+    if (in < 0 || pipe2(out.data(), O_CLOEXEC) != 0 || pipe2(err.data(), O_CLOEXEC) != 0) {
+        throw std::runtime_error("no files for a run");
     }
     const pid_t pid = fork();
     if (pid == 0) {
-        dup2(in, 0);
-        dup2(out[1], 1);
-        dup2(err[1], 2);
-        close(in);
-        if (chdir(root_.c_str()) == 0) {
-            execv(program.c_str(), argv.data());
-        }
-        _exit(126);
+        const bool is_set = dup2(in, 0) == 0 && dup2(out[1], 1) == 1 && dup2(err[1], 2) == 2 &&
+                            chdir(root_.c_str()) == 0;
+        _exit(is_set ? execv(binary.c_str(), argv.data()) : 126);
     }
-    close(in);
-    close(out[1]);
-    close(err[1]);
+    for (const int fd : {in, out[1], err[1]}) {
+        close(fd);
+    }
     return {pid, out[0], err[0]};
 }
 
-Result Tree::Run(const std::vector<std::string>& words, const std::string& input) const {
-    return Start(words, input).Wait();
-}
-
 Result Tree::Shell(const std::string& command) const {
-    const Running shell = Start({"-c", "PATH=path:$PATH\n" + command}, "", "/bin/sh");
-    return shell.Wait();
+    return Start({"-c", "PATH=path:$PATH\n" + command}, "", "/bin/sh").Wait();
 }
 
 std::string Tree::Read(const std::string& path) const {
     std::ifstream file(Path(path), std::ios::binary);
-    if (!file) {
-        return "(none)";
-    }
-    return {std::istreambuf_iterator<char>(file), {}};
+    return fs::is_regular_file(Path(path)) ? std::string(std::istreambuf_iterator<char>(file), {})
+                                           : "(none)";
 }
 
 void Tree::Write(const std::string& path, const std::string& content) const {
     std::ofstream(Path(path), std::ios::binary | std::ios::trunc) << content;
 }
 
-void Tree::Remove(const std::string& path) const {
-    fs::remove_all(Path(path));
-}
-
 bool Tree::Exists(const std::string& path) const {
     return fs::exists(fs::symlink_status(Path(path)));
 }
 
-void Tree::WriteMap(const std::string& inside, const std::string& attributes) const {
-    Write(kMap, MapText(inside, attributes));
+std::map<std::string, std::string> Tree::Files() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::recursive_directory_iterator(root_)) {
+        const std::string path = entry.path().lexically_relative(root_);
+        files[path] = entry.is_symlink() ? "" : Read(path);
+    }
+    for (const std::string& path : {kLog, kLock, kMap + ".tmp", std::string("stdin")}) {
+        files.erase(path);
+    }
+    return files;
 }
 
 std::string MapText(const std::string& inside, const std::string& attributes) {
@@ -147,4 +131,19 @@ std::string MapText(const std::string& inside, const std::string& attributes) {
 std::string Prop(int depth, const std::string& name, const std::string& value) {
     return std::string(static_cast<size_t>(depth), ' ') + "<Property name=\"" + name +
            "\" readonly=\"false\" value=\"" + value + "\"/>\n";
+}
+
+void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows) {
+    auto before = tree.Files();
+    for (const auto& [words, code, text] : rows) {
+        SCOPED_TRACE(words);
+        const Result r = tree.Shell(command + " " + words);
+        const bool is_whole = code == 90 || text.find("tqsmgr: ") != std::string::npos;
+        EXPECT_EQ(r.code, code) << r.err;
+        EXPECT_EQ(r.out, code == 0 ? text : "");
+        EXPECT_EQ(r.err, code == 0 ? "" : (is_whole ? "" : "tqsmgr: ") + text + "\n");
+        auto after = tree.Files();
+        EXPECT_TRUE(code == 0 || after == before);
+        before = std::move(after);
+    }
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -42,6 +44,10 @@ struct Running {
     Result Wait() const;
 };
 
+// A map as the program writes it: declaration, root element with "attributes", "inside" between its
+// tags (which ends in a newline unless empty; then the root is an empty element).
+std::string MapText(const std::string& inside, const std::string& attributes);
+
 // A folder with an installed product: an empty map (serial 1, security false, version 3.0), models
 // ("Server|M100", "Big|X9"), OS types (Unknown, linux, aix), one event file "basic", and stub
 // notifications. Removed when it goes out of scope.
@@ -54,33 +60,47 @@ class Tree {
 
     // Runs the program, invoked as "tqsmgr", with these words in this folder.
     [[nodiscard]] Result Run(const std::vector<std::string>& words,
-                             const std::string& input = "") const;
+                             const std::string& input = "") const {
+        return Start(words, input).Wait();
+    }
     // Starts it and returns at once. "binary" is another program of the tests.
     [[nodiscard]] Running Start(const std::vector<std::string>& words,
                                 const std::string& input = "",
-                                const std::string& binary = "") const;
+                                const std::string& binary = TQSMGR_TEST) const;
     // Runs a shell command in the folder, with the program as "tqsmgr" in the search path.
     [[nodiscard]] Result Shell(const std::string& command) const;
 
     // The content of a file; "(none)" when there is no such file.
     [[nodiscard]] std::string Read(const std::string& path) const;
     void Write(const std::string& path, const std::string& content) const;
-    void Remove(const std::string& path) const;
+    void Remove(const std::string& path) const { std::filesystem::remove_all(Path(path)); }
     [[nodiscard]] bool Exists(const std::string& path) const;
     [[nodiscard]] std::string Path(const std::string& path) const { return root_ + "/" + path; }
-
+    // The content of each file but the log, the lock file and the temporary map.
+    [[nodiscard]] std::map<std::string, std::string> Files() const;
     // The map holds these lines below the root's start tag, which has these attributes.
     void WriteMap(
         const std::string& inside,
-        const std::string& attributes = R"(serial="1" security="false" version="3.0")") const;
+        const std::string& attributes = R"(serial="1" security="false" version="3.0")") const {
+        Write(kMap, MapText(inside, attributes));
+    }
 
   private:
     std::string root_;
 };
 
-// A map as the program writes it: declaration, root element with "attributes", "inside" between its
-// tags (which ends in a newline unless empty; then the root is an empty element).
-std::string MapText(const std::string& inside, const std::string& attributes);
+// A run: what stands behind the program's name on a shell's command line, its exit code, and what
+// it prints: on standard output when it succeeds, else its message on standard error, which stands
+// behind the program's name unless it has that name itself or is the one of code 90.
+struct Case {
+    std::string words;
+    int code;
+    std::string text = "";
+};
+
+// Runs "command" with the words of each row. A failed run must print nothing on standard output and
+// change no file; nor may a successful one print errors.
+void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows);
 
 // A property as the program writes it at a depth of "depth" blanks, for values that fit a line.
 std::string Prop(int depth, const std::string& name, const std::string& value);

@@ -1,0 +1,67 @@
+#!/bin/sh
+# Runs the commands of the documents, each document in a private tree of its own, its blocks in order:
+#     ```console     lines after "$ " (and "> ") are run; what they print must be the other lines
+#     ```sh          all lines are run; no command may fail
+#     .Bd -literal   the same, among the EXAMPLES of a manual page
+# Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
+#     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory)
+set -u
+program=$(realpath "$1")
+source=$(realpath "$(dirname "$0")/../..")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+mkdir "$work/path" && ln -s "$program" "$work/path/tqsmgr"
+PATH=$work/path:$PATH
+failures=0
+blocks=0
+
+# Writes the blocks of the document $1 to the folder $2: N.sh, the line where it begins in N.line,
+# and for a console N.out, what it must print.
+take_blocks() {
+    awk -v folder="$2" '
+    function begin(a_kind) { kind = a_kind; base = sprintf("%s/%03d", folder, ++n); print NR > (base ".line")
+                             if (kind == "console") printf "" > (base ".out") }
+    function command(line) { gsub(/\/usr\/opt\/tqs/, "usr/opt/tqs", line); gsub(/\/tmp\//, "tmp/", line)
+                             print line > (base ".sh") }
+    /^```/ { if (kind != "") kind = ""
+             else if ($0 == "```console") begin("console")
+             else if ($0 == "```sh") begin("sh")
+             else kind = "other"
+             next }
+    /^\.Sh / { examples = ($0 == ".Sh EXAMPLES") }
+    examples && /^\.Bd -literal/ { begin("sh"); next }
+    examples && /^\.Ed/ { kind = ""; next }
+    examples { gsub(/\\e/, "\\"); gsub(/\\-/, "-"); gsub(/\\&/, "") }
+    kind == "sh" { command($0) }
+    kind == "console" && /^[$>] / { command(substr($0, 3)); next }
+    kind == "console" { gsub(/\/usr\/opt\/tqs/, "usr/opt/tqs"); print > (base ".out") }
+    ' "$1"
+}
+
+for document in "$source"/README.md "$source"/docs/*.md "$source"/man/*.[58]; do
+    folder=$work/$(basename "$document")
+    mkdir -p "$folder/blocks" "$folder/tree" && cd "$folder/tree" || exit 1
+    mkdir -p usr/opt/tqs/bin usr/opt/tqs/config usr/opt/tqs/events usr/opt/tqs/logs etc/init.d tmp
+    cp "$source"/packaging/starter/* usr/opt/tqs/config
+    ln -s "$program" usr/opt/tqs/bin/tqsmgr
+    for notified in usr/opt/tqs/bin/notifyweb usr/opt/tqs/bin/notifylrp etc/init.d/kfxd; do
+        printf '#!/bin/sh\n' > $notified && chmod +x $notified
+    done
+    take_blocks "$document" "$folder/blocks"
+    for block in "$folder"/blocks/*.sh; do
+        [ -e "$block" ] || continue
+        blocks=$((blocks + 1))
+        expected=${block%.sh}.out
+        if [ -e "$expected" ]; then
+            sh "$block" < /dev/null > "$folder/printed" 2>&1
+            diff "$expected" "$folder/printed" && continue
+        else
+            sh -e "$block" < /dev/null > "$folder/printed" 2>&1 && continue
+            cat "$folder/printed"
+        fi
+        echo "$document:$(cat "${block%.sh}.line"): the block fails"
+        failures=$((failures + 1))
+    done
+done
+echo "$blocks blocks were run"
+[ $failures -eq 0 ] && [ $blocks -gt 0 ]

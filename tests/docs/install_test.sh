@@ -1,0 +1,31 @@
+#!/bin/sh
+# An installation below a folder: nothing is overwritten, and members cannot replace programs.
+#     install_test.sh BUILD_FOLDER
+set -u
+DESTDIR=$(mktemp -d)
+export DESTDIR
+trap 'rm -rf "$DESTDIR"' EXIT
+product=$DESTDIR/usr/opt/tqs
+failures=0
+# mode MODE PATH
+mode() {
+    [ "$(stat -c %a "$product/$2")" = "$1" ] || { ls -ld "$product/$2"; failures=1; }
+}
+
+umask 077
+for run in first second; do
+    cmake --install "$1" > "$DESTDIR/output" || { cat "$DESTDIR/output"; failures=1; }
+    mode 755 .
+    mode 755 bin
+    mode 755 bin/tqsmgr
+    for folder in config events logs; do mode 2770 $folder; done
+    if [ $run = first ]; then
+        for file in SystemMap.xml models ostypes; do mode 660 config/$file; done
+        echo changed > "$product/config/SystemMap.xml"
+        rm "$product/config/models" && ln -s nowhere "$product/config/models"
+    fi
+done
+[ "$(cat "$product/config/SystemMap.xml")" = changed ] || failures=1
+[ -L "$product/config/models" ] || failures=1
+[ "$(find "$DESTDIR" -path '*/man[58]/*.gz' -o -path '*/completions/tqsmgr' | wc -l)" -eq 3 ] || failures=1
+exit $failures

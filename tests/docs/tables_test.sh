@@ -1,0 +1,35 @@
+#!/bin/sh
+# The documents' tables against the program: exit codes, and every option in manual and completion.
+set -u
+cd "$(dirname "$0")/../.." || exit 1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+
+# The manual as text, without overstrikes and line breaks inside words.
+mandoc -Tascii -Owidth=200 man/tqsmgr.8 | sed "s/.$(printf '\b')//g" > "$work/manual"
+sed -n 's/^ *k[A-Za-z]* = \([0-9]*\),.*/\1/p' src/base/exit_code.h > "$work/codes"
+[ "$(wc -l < "$work/codes")" -eq 22 ] || failures=1
+sed -n 's/^| \([0-9]*\) |.*/\1/p' README.md | diff "$work/codes" - || failures=1
+sed -n '/^EXIT STATUS/,/^EXAMPLES/s/^ *\([0-9][0-9]*\) .*/\1/p' "$work/manual" |
+    diff "$work/codes" - || failures=1
+
+{
+    sed -n 's/.*Option{"\(-[a-z_]*\)".*/\1/p' src/frontend/option_table.cpp
+    sed -n '/usage_msg/,$p' src/frontend/usage.cpp | grep -oE -- '(^|[^a-z])-[a-zA-Z_]+' | grep -oE -- '-.*'
+} | sort -u > "$work/options"
+[ "$(wc -l < "$work/options")" -ge 28 ] || failures=1
+while read -r option; do
+    for document in "$work/manual" completion/tqsmgr; do
+        if ! grep -qE -- "(^|[^a-zA-Z_-])$option([^a-zA-Z_-]|\$)" "$document"; then
+            echo "$option is missing in $document"
+            failures=1
+        fi
+    done
+done < "$work/options"
+# The README's reading list has every header, and no other.
+grep -o 'src/[a-z]*/[a-z_]*\.h' README.md | sort > "$work/listed"
+printf '%s\n' src/*/*.h | sort | diff - "$work/listed" || failures=1
+
+mandoc -Tlint -Wwarning man/* || failures=1
+exit $failures

@@ -1,0 +1,118 @@
+// The process around a run: the lock, the notifications, descriptors, files that fail.
+#include <regex>
+
+#include "fixture.h"
+
+static const std::string kAdd = "tqsmgr -add system -name c -addr 10.0.0.1 -port 1";
+// For the shell: the lock and the map; the lock is held through descriptor 8.
+static const std::string kHeld =
+    "L=" + kLock + "; M=" + kMap + "; echo stale >$L; exec 8<$L; flock 8\n";
+
+TEST(Lock, IsWaitedFor) {
+    const Tree tree;
+    // A new file under the lock's name is the lock from then on.
+    const Result r = tree.Shell(kHeld + R"sh(
+        tqsmgr -security true 8<&- & tqsmgr -security true 8<&- & kill -0 $!
+        sleep 0.15; kill $!; wait $!; echo $? $(cat $L) $(grep -c true $M)
+        rm $L; exec 9>$L; flock 9; exec 8<&-; sleep 0.15; echo $(grep -c true $M)
+        exec 9>&-; wait; echo $(grep -c true $M) $(wc -c <$L)
+        mkfifo in; tqsmgr -update cache -platform none <in & exec 3>in; sleep 0.15
+        [ "$(cat $L)" = $! ] && echo own; exec 3>&-; wait; wc -c <$L
+        chgrp 12 usr/opt/tqs; rm $L; ln -s new $L; umask 077; tqsmgr -view security; stat -Lc '%a %g' $L)sh");
+    EXPECT_EQ(r.out, "143 stale 0\n0\n1 0\nown\n0\ntrue\n660 12\n") << r.err;
+    tree.Remove(kLock);
+    tree.Remove("in");
+    std::filesystem::create_directory(tree.Path(kLock));
+    const std::string message = "Cannot open lock file \"" + kLock + "\".";
+    ExpectRuns(tree, "tqsmgr", {{"-security false", 43, message}});
+}
+
+TEST(Notification, FollowsTheAction) {
+    // clang-format off
+    const std::map<std::string, std::string> cases = {
+        {"-add system -name a -addr 10.0.0.1 -port 1", "web\nkfxd update\nlrp\n"},
+        {"-nonotify web -add system -name b -addr 10.0.0.1 -port 2", "kfxd update\nlrp\n"},
+        {"-nonotify kfxd -add system -name c -addr 10.0.0.1 -port 3", "web\nlrp\n"},
+        {"-nonotify kfxd -nonotify web -add system -name d -addr 10.0.0.1 -port 4", "lrp\n"},
+        {"-config f -set a=b", "kfxd update\nlrp\n"}, {"-add system -name d -addr 1 -port 5", "(none)"},
+        {"-config f -get a", "(none)"}, {"-security true", "(none)"}, {"-write kfxconf", "(none)"}};
+    // clang-format on
+    const Tree tree;
+    for (const auto& [words, calls] : cases) {
+        tree.Remove(kCalls);
+        EXPECT_EQ(tree.Shell("tqsmgr " + words).signal, 0);
+        EXPECT_EQ(tree.Read(kCalls), calls) << words;
+    }
+}
+
+// What the web notification does, and the status that its error block tells. Runs that it starts
+// itself have their entries behind it; a log that it has emptied stays empty.
+TEST(Notification, FailureStandsInItsOwnEntry) {
+    const std::string recorded =
+        "echo \"Recorded Exit Code = 0, This Exit Code = $?\"\n\n# EXIT CODE: 0\n\n";
+    const std::regex banner("#{74}\n# Time: .*\n#{74}\n\n");
+    // clang-format off
+    const std::string failure =
+        "tqsmgr -add \"system\" -name \"c\" -addr \"10.0.0.1\" -port \"1\" \n\n# ERROR MESSAGE:\n"
+        "#   Error: \"" + kProduct + "bin/notifyweb > /dev/null 2>&1\" exited with ";
+    const std::map<std::string, std::string> cases = {
+        {"exit 3", failure + "3.\n#   \n\n" + recorded},
+        {"tqsmgr -security true; tqsmgr -h; exit 255", failure + "255.\n#   \n\n" + recorded +
+         "tqsmgr -security \"true\" \n\n" + recorded + "tqsmgr -h \n\n" + recorded},
+        {"cat >got; ls -l /proc/self/fd >fds; grep -E 'Sig(Ign|Blk)' /proc/self/status >sig; false",
+         failure + "1.\n#   \n\n" + recorded},
+        {": >" + kLog + "; false", ""}};
+    // clang-format on
+    const Tree tree;
+    for (const auto& [script, log] : cases) {
+        tree.WriteMap("");
+        tree.Remove(kLog);
+        tree.Remove(kCalls);
+        tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\n" + script);
+        ExpectRuns(tree, "grep -E 'Sig(Ign|Blk)' /proc/self/status >own; echo in |", {{kAdd, 0}});
+        EXPECT_EQ(tree.Read(kCalls), "kfxd update\nlrp\n");
+        EXPECT_EQ(std::regex_replace(tree.Read(kLog), banner, ""), log);
+    }
+    EXPECT_EQ(tree.Read("got"), "");
+    EXPECT_EQ(tree.Read("sig"), tree.Read("own"));
+    EXPECT_EQ(tree.Read("fds").find(kProduct), std::string::npos) << tree.Read("fds");
+}
+
+TEST(Streams, LostOutput) {
+    const Tree tree;
+    ExpectRuns(tree, kAdd, {{"", 0}});
+    const std::string lost = "Write failed for \"standard output\".";
+    const std::string kfx = "Write failed for \"" + kKfxConf + "\".";
+    for (const std::string to : {">/dev/full", ">&-"}) {
+        ExpectRuns(tree, to + " tqsmgr -view", {{"security", 41, lost}, {"kfxconf", 41, kfx}});
+        ExpectRuns(tree, to + " tqsmgr", {{"-h", 41, lost}, {"-V", 41, lost}});
+    }
+    // The reader of the pipe is gone before the run may print.
+    const Result r =
+        tree.Shell(kHeld + R"sh((exec 8<&-; { tqsmgr -view kfxconf; echo $? >&2; } | :) &
+        sleep 0.1; exec 8<&-; wait)sh");
+    EXPECT_EQ(r.err, "tqsmgr: " + kfx + "\n41\n");
+    // Nothing to print, nothing lost.
+    tree.WriteMap("");
+    ExpectRuns(tree, "tqsmgr", {{"-view kfxconf >/dev/full", 0}});
+}
+
+TEST(Streams, ClosedAtTheStart) {
+    std::map<std::string, std::string> whole;
+    for (const char* closed : {"", "0<&-", "1>&-", "2>&-", "0<&- 1>&- 2>&-"}) {
+        const Tree tree;
+        EXPECT_EQ(tree.Shell(kAdd + " " + closed + "; " + kAdd + " " + closed).code, 5) << closed;
+        auto files = tree.Files();
+        files["log"] = std::regex_replace(tree.Read(kLog), std::regex("# Time: .*\n"), "");
+        whole = whole.empty() ? files : whole;
+        EXPECT_EQ(files, whole) << closed;
+        EXPECT_EQ(tree.Read(kLock), "");
+    }
+}
+
+TEST(Files, FullDisk) {
+    const Tree tree;
+    tree.WriteMap("    <!--" + std::string(300000, 'x') + "-->\n");
+    ExpectRuns(tree, "ulimit -f 400; tqsmgr",
+               {{"-security true", 41, "Cannot write to \"" + kMap + ".tmp\"."}});
+}

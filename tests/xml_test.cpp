@@ -1,0 +1,171 @@
+// The map read and written back: layout, what is dropped, what is refused, encodings.
+#include <regex>
+
+#include "fixture.h"
+
+static const std::string kSet = "<SystemMap security=\"true\"";
+
+static std::string Times(size_t count, const std::string& text) {
+    return count == 0 ? "" : Times(count - 1, text) + text;
+}
+
+static std::string Declared(const std::string& encoding) {
+    return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?>\n";
+}
+
+// What -security true makes of a map. A second run must find nothing to change.
+static void ExpectRewritten(const Tree& tree, const std::string& in, const std::string& out) {
+    tree.Write(kMap, in);
+    ExpectRuns(tree, "tqsmgr -security true; cat", {{kMap, 0, out}, {kMap, 0, out}});
+}
+
+TEST(Xml, Rewritten) {
+    const Tree tree;
+    // clang-format off
+    const std::map<std::string, std::string> cases = {
+        {"<!--a--><?p i?><SystemMap security=''>text<A b='1'>t<?p i?><!--c\n &amp; --><![CDATA[<z/>]]>"
+         "<B>x</B></A></SystemMap><!--z-->",
+         "<!--a-->\n" + kSet + ">\n    <A b=\"1\">\n        <!--c\n &amp; -->\n        <B/>\n"
+         "    </A>\n</SystemMap>\n<!--z-->\n"},
+        {"<?xml version='1.0'?>\n<SystemMap security='x'></SystemMap>",
+         "<?xml version=\"1.0\"?>\n" + kSet + "/>\n"},
+        {"\xef\xbb\xbf<?xml version='1.0' encoding='utf-8' standalone='yes' ?><!DOCTYPE SystemMap ["
+         "<!ENTITY e 'v&#38;lt;'><!ELEMENT SystemMap ANY><!ATTLIST SystemMap security CDATA #REQUIRED "
+         "a CDATA #IMPLIED>]><SystemMap a='&e;&gt;&quot;&apos;&amp;amp;&#65;&#xe9;é\tx' security='x'/>",
+         "<?xml version=\"1.0\" encoding=\"utf-8\" standalone=\"yes\"?>\n"
+         "<SystemMap a=\"v&lt;&gt;&quot;&apos;&amp;amp;Aéé x\" security=\"true\"/>\n"},
+        {"<n:SystemMap xmlns:n='u' n:b='1' security='x'><A xmlns='v'/></n:SystemMap>",
+         "<SystemMap b=\"1\" security=\"true\">\n    <A/>\n</SystemMap>\n"},
+        {"<?xml version='1.1'?><SystemMap security='' a='&#1;&#x7f;'/>",
+         "<?xml version=\"1.1\"?>\n" + kSet + " a=\"&#1;&#127;\"/>\n"},
+        {Declared("iso-8859-1") + "<!--\xe9--><SystemMap security='' a='\xe9&#8364;'/>",
+         Declared("iso-8859-1") + "<!--\xe9-->\n" + kSet + " a=\"\xe9&#8364;\"/>\n"},
+        {Declared("US-ASCII") + "<SystemMap security='' a='&#233;&#128512;'/>",
+         Declared("US-ASCII") + kSet + " a=\"&#233;&#128512;\"/>\n"}};
+    // clang-format on
+    for (const auto& [in, out] : cases) {
+        ExpectRewritten(tree, in, out);
+    }
+    // clang-format off
+    tree.Write(kMap, Declared("UTF-16") + "<SystemMap security='' a='€'/>");
+    ExpectRuns(tree, "iconv -f UTF-8 -t UTF-16 <" + kMap + " >u; mv u " + kMap + "; tqsmgr -security true;", {
+        {"iconv -f UTF-16 -t UTF-8 " + kMap, 0, Declared("UTF-16") + kSet + " a=\"€\"/>\n"}});
+    // clang-format on
+    // What comes from the command line is turned as well, but not for kfx.conf.
+    tree.Write(kMap, Declared("ISO-8859-1") + "<SystemMap serial='1'/>");
+    ExpectRuns(tree, "tqsmgr -add system -name c -addr 10.0.0.1 -port 1", {{"-comment 'é€'", 0}});
+    EXPECT_NE(tree.Read(kMap).find("value=\"\xe9&#8364;\""), std::string::npos);
+    EXPECT_NE(tree.Read(kKfxConf).find("\"é€\""), std::string::npos);
+    ExpectRuns(tree, "tqsmgr", {{"-remove system -name c", 0}});
+    EXPECT_EQ(tree.Read(kMap), Declared("ISO-8859-1") + "<SystemMap serial=\"2\">\n</SystemMap>\n");
+    // clang-format off
+    tree.Write(kMap, Declared("ISO-8859-1") + "<!DOCTYPE SystemMap [<!ELEMENT SystemMap ANY><!ATTLIST SystemMap "
+        "security CDATA ''><!ENTITY e '<!--&#8364;-->'>]><SystemMap>&e;</SystemMap>");
+    // clang-format on
+    ExpectRuns(tree, "tqsmgr", {{"-security true", 41, "Cannot write to \"" + kMap + ".tmp\"."}});
+}
+
+// The value of one attribute, alone or behind b="", as it is read and as it is written. Behind the
+// name of the element stand 6 columns, so that an attribute which takes up to 71 stays on the line.
+TEST(Xml, WrapAndCut) {
+    const auto v = [](size_t count) { return std::string(count, 'v'); };
+    struct Value {
+        std::string in, out;
+        bool wraps;
+        std::string before = "";
+    };
+    // clang-format off
+    const std::vector<Value> cases = {
+        {v(66), v(66), false}, {v(67), v(67), true}, {Times(33, "é") + "v", Times(33, "é") + "v", true},
+        {v(61) + "&#38;", v(61) + "&amp;", false}, {v(62) + "&#38;", v(62) + "&amp;", true},
+        {v(61), v(61), false, " b=\"\""}, {v(62), v(62), true, " b=\"\""}, {v(8185), v(8185), true},
+        {v(8186), v(8185), true}, {v(8184) + "&amp;b", v(8184) + "&amp;", true},
+        {v(8183) + "éb", v(8183) + "é", true}, {v(8184) + "éb", v(8184), true},
+        {v(8182) + "😀", v(8182), true}};
+    // clang-format on
+    std::string in, out;
+    for (const auto& c : cases) {
+        in += "<E" + c.before + " a='" + c.in + "'/>";
+        out += "    <E" + c.before + (c.wraps ? "\n       " : "") + " a=\"" + c.out + "\"/>\n";
+    }
+    ExpectRewritten({}, "<SystemMap security=''>" + in + "</SystemMap>",
+                    kSet + ">\n" + out + "</SystemMap>\n");
+}
+
+static void ExpectRefused(const Tree& tree, const std::string& map) {
+    const std::string before = tree.Read(map);
+    const Result r = tree.Run({"-f", map, "-security", "true"});
+    EXPECT_EQ(r.code, 20) << before;
+    EXPECT_TRUE(std::regex_match(
+        r.err, std::regex("tqsmgr: [Ee]rror at file [^\n]*, line [0-9]+, char [0-9]+\\.\n   .+\n")))
+        << r.err;
+    EXPECT_FALSE(tree.Exists(map + ".tmp") || tree.Read(map) != before);
+}
+
+TEST(Xml, RefusedMaps) {
+    const Tree tree;
+    const std::string dtd = "<!DOCTYPE S [<!ELEMENT S ANY><!ATTLIST S a CDATA ''>";
+    const std::string xsi =
+        "<SystemMap security='' xmlns:x='http://www.w3.org/2001/XMLSchema-instance' x:";
+    EXPECT_EQ(
+        tree.Shell("mkfifo fifo; mkdir folder; echo '<!ELEMENT SystemMap EMPTY>' >ok.dtd").err, "");
+    // clang-format off
+    std::vector<std::string> maps = {
+        "", "<SystemMap/><SystemMap/>", "<SystemMap a='\xff'/>", "<SystemMap a='' a=''/>",
+        "<SystemMap a='&none;'/>", "<SystemMap a='1' xmlns:n='u' n:a='2'/>",
+        "<SystemMap xmlns:n='u' n:xmlns='2'/>",
+        dtd + "<!ENTITY e SYSTEM 'http://127.0.0.1:9/x'>]><S>&e;</S>", dtd + "<!ENTITY e SYSTEM 'ok.dtd'>]><S/>",
+        xsi + "noNamespaceSchemaLocation='http://127.0.0.1:9/x'/>",
+        xsi + "noNamespaceSchemaLocation='none.xsd'/>", xsi + "schemaLocation='u http://127.0.0.1:9/x'/>",
+        dtd + "<!ENTITY e '" + Times(1025, "x") + "'>]><S a='&e;'/>",
+        dtd + "<!ENTITY a 'x'><!ENTITY b '" + Times(300, "&a;") + "'><!ENTITY c '" +
+            Times(300, "&b;") + "'>]><S a='" + Times(300, "&c;") + "'/>"};
+    // clang-format on
+    // The grammar ok.dtd declares no attribute.
+    for (const std::string name :
+         {"http://127.0.0.1:9/x", "none.dtd", "fifo", "folder", "ok.dtd"}) {
+        maps.push_back("<!DOCTYPE SystemMap SYSTEM '" + name + "'><SystemMap security=''/>");
+    }
+    const std::string whole =
+        "<?xml version='1.0'?><!--é--><M xmlns:n='u' n:a='&lt;&#65;'><P/><![CDATA[]]></M>";
+    for (size_t length = 0; length < whole.size(); length += length < 40 ? 5 : 2) {
+        maps.push_back(whole.substr(0, length));
+    }
+    for (const std::string& bad : maps) {
+        tree.Write("map", bad);
+        ExpectRefused(tree, "map");
+    }
+    for (const char* path : {"none.xml", "folder", "http://127.0.0.1:9/x"}) {
+        ExpectRefused(tree, path);
+    }
+}
+
+TEST(Xml, LocalGrammarsAndNames) {
+    const Tree tree;
+    const std::string name = "a b%41#x&\xff\xe9.xml";
+    tree.Write("x.dtd", "<!ELEMENT SystemMap ANY><!ATTLIST SystemMap security CDATA #IMPLIED>");
+    tree.Write(name, "<!DOCTYPE SystemMap SYSTEM 'x.dtd'><SystemMap security=''/>");
+    ExpectRuns(tree, "tqsmgr -f '" + name + "' -security true; cat '" + name + "'",
+               {{"", 0, kSet + "/>\n"}});
+}
+
+TEST(Xml, Depth) {
+    const Tree tree;
+    for (const size_t n : {299U, 300U}) {
+        const std::string e = n == 299 ? "" : "RVT_Node_Stack::Push(): stack overflow";
+        tree.WriteMap(Times(n, "<E>") + Times(n, "</E>"));
+        ExpectRuns(tree, "tqsmgr", {{"-security true", n == 299 ? 0 : 90, e}});
+    }
+    EXPECT_EQ(tree.Read(kLock), "");
+}
+
+TEST(Xml, TheTemporaryMapIsNew) {
+    const Tree tree;
+    tree.Write("other", "kept");
+    ASSERT_EQ(tree.Shell("chgrp 12 usr/opt/tqs; ln -s ../../../../other " + kMap + ".tmp").code, 0);
+    ExpectRuns(tree, "umask 077; tqsmgr -security true; stat -c '%a %g %F'",
+               {{kMap, 0, "660 12 regular file\n"}});
+    EXPECT_TRUE(tree.Read("other") == "kept" && !tree.Exists(kMap + ".tmp"));
+    ASSERT_EQ(tree.Shell("mkdir " + kMap + ".tmp").code, 0);
+    ExpectRuns(tree, "tqsmgr", {{"-security false", 40, "Cannot open \"" + kMap + ".tmp\"."}});
+}
