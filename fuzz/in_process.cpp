@@ -1,0 +1,137 @@
+#include "in_process.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "base/arena.h"
+#include "base/output.h"
+#include "base/paths.h"
+#include "run/rvt_exit.h"
+#include "xml/rvt_xml_parser.h"
+
+// In the place of the way out of the process.
+std::string program = "tqsmgr";
+void RVTExit(ExitCode code) {
+    throw code;
+}
+
+// In the place of the arena: every piece of memory by itself, so that a step beyond it is seen.
+// Buffers of outputs, the one large kind, are freed when the next step begins.
+static std::vector<void*> buffers;
+void* arena::Allocate(size_t size) {
+    void* memory = calloc(1, size);
+    if (size == Output::kBufferSize) {
+        buffers.push_back(memory);
+    }
+    return memory;
+}
+char* arena::AllocateText(size_t size) {
+    return static_cast<char*>(calloc(1, size + 1));
+}
+const char* arena::Copy(std::string_view text) {
+    return std::copy(text.begin(), text.end(), AllocateText(text.size())) - text.size();
+}
+
+void PutFile(const std::string& path, std::string_view content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+std::string GetFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+static bool Install() {
+    for (const std::filesystem::path path : {paths::kSystemMap, paths::kStdInCopy}) {
+        std::filesystem::create_directories(path.parent_path());
+    }
+    std::filesystem::create_directories(paths::kEventsDir);
+    PutFile(paths::kModels, "Server|M100\n");
+    PutFile(paths::kOsTypes, "Unknown|\nlinux|\n");
+    PutFile(std::string(paths::kEventsDir) + "/basic", "");
+    // A document that is refused leaves the library set up, for all that follow.
+    return EndOf([] { static_cast<void>(CheckXMLText("<", "none")); }).has_value();
+}
+
+std::optional<ExitCode> EndOf(const std::function<void()>& step) {
+    std::for_each(buffers.begin(), buffers.end(), free);
+    buffers.clear();
+    try {
+        step();
+    } catch (ExitCode code) {
+        return code;
+    }
+    return std::nullopt;
+}
+
+bool CanRead(const char* path, RVT_XML_Tree& tree) {
+    tree = RVT_XML_Tree();
+    int result = 0;
+    return !EndOf([&] { result = ParseXMLFile(path, &tree); }) && result == 0;
+}
+
+void Require(bool kept, const char* promise) {
+    if (!kept) {
+        static_cast<void>(fprintf(stderr, "not kept: %s\n", promise));
+        abort();
+    }
+}
+
+static void Dump(const RVT_Node* node, std::string& text) {
+    if (node->IsType(RVT_DELETED)) {
+        return;
+    }
+    for (const RVT_NODE_TYPE type : {RVT_ELEMENT, RVT_ATTRIBUTE, RVT_COMMENT, RVT_XML_DECL}) {
+        text += node->IsType(type) ? 'x' : '-';
+    }
+    std::string value = node->GetValue();
+    value.resize(std::min(value.size(), size_t{(8185 - 3) / 6}));
+    std::replace_if(
+        value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
+        ' ');
+    text.append(node->GetName()).append("=").append(value).append("\n");
+    if (node->IsType(RVT_ATTRIBUTE)) {
+        return;
+    }
+    RVT_Node_List_Elem* pos = nullptr;
+    for (auto* n = node->GetFirstAttribute(pos); n != nullptr;
+         n = RVT_Node::GetNextAttribute(pos)) {
+        Dump(n, text);
+    }
+    for (auto* n = node->GetFirstChild(pos); n != nullptr; n = RVT_Node::GetNextChild(pos)) {
+        Dump(n, text);
+    }
+    text += ")\n";
+}
+
+std::string Dump(const RVT_XML_Tree& tree) {
+    std::string text;
+    RVT_Node_List_Elem* pos = nullptr;
+    for (auto* n = tree.GetFirstChild(pos); n != nullptr; n = RVT_XML_Tree::GetNextChild(pos)) {
+        Dump(n, text);
+    }
+    return text;
+}
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    Require(Install(), "what is no document is refused");
+    return 0;
+}
+
+#ifdef TQS_REPLAY
+// Feeds the files of a folder to the target: its corpus as an ordinary test.
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+int main(int argc, char** argv) {
+    LLVMFuzzerInitialize(&argc, &argv);
+    for (const auto& file : std::filesystem::directory_iterator(argv[1])) {
+        const std::string input = GetFile(file.path());
+        LLVMFuzzerTestOneInput(reinterpret_cast<const uint8_t*>(input.data()), input.size());
+    }
+}
+#endif
