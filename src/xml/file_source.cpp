@@ -44,7 +44,7 @@ class TextStream : public xercesc::BinInputStream {
 
     XMLSize_t readBytes(XMLByte* const buffer, const XMLSize_t size) override {
         const size_t count = std::min<size_t>(size, text_.size() - position_);
-        memcpy(buffer, text_.data() + position_, count);
+        std::copy_n(text_.data() + position_, count, buffer);
         position_ += count;
         return count;
     }

@@ -191,7 +191,7 @@ class Faults : public testing::TestWithParam<int> {
             EXPECT_EQ(r.out, unfaulted_.out);
             EXPECT_EQ(r.err, "");
             // The input may have been complete, and what cannot be looked at may be missing.
-            EXPECT_TRUE(harmless || row->file == "/stdin" || Hit("Stat", kConfig));
+            EXPECT_TRUE(harmless || row->file == "/stdin" || Hit("Stat Fstat", kConfig));
             return;
         }
         ASSERT_FALSE(harmless);
