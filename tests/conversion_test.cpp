@@ -4,6 +4,7 @@
 #include <strings.h>
 
 #include <random>
+#include <regex>
 
 #include "base/output.h"
 #include "xml/rvt_xml_parser.h"
@@ -75,7 +76,16 @@ std::string Text(const Item& item, size_t depth) {
         inside += child.deleted ? "" : Text(child, depth + 4);
     }
     const std::string values = "ID=" + item.id + ";Name=" + item.name + ";Address=" + item.address;
-    return depth == 0 ? "<SystemMap>\n" + inside + "</SystemMap>\n" : ElementText(depth, item.tag, values, inside);
+    if (depth == 0) {
+        return "<SystemMap>\n" + inside + "</SystemMap>\n";
+    }
+    const std::string text = ElementText(depth, item.tag, values, inside);
+    if (item.name != "~" || item.address != "~") {
+        return text;
+    }
+    // Without name and address there is no property map at all.
+    const std::regex no_map(" *<PropertyMap [^>]*>\n *</PropertyMap>\n"), empty("(<" + item.tag + " [^>]*)>\n *</" + item.tag + ">");
+    return std::regex_replace(std::regex_replace(text, no_map, ""), empty, "$1/>");
 }
 
 void PlainMerge(Item& map) {
@@ -96,26 +106,33 @@ void PlainMerge(Item& map) {
 int PlainCount(const Item& item, const std::string& name) {
     int count = strcasecmp(item.name.c_str(), name.c_str()) == 0 ? 1 : 0;
     for (const Item& child : item.children) {
-        count += child.tag == "Cache" ? 0 : PlainCount(child, name);
+        // A platform without a name is passed over with its consoles.
+        const bool passed_over = child.tag == "Cache" || (child.tag == "Platform" && child.name == "~");
+        count += passed_over ? 0 : PlainCount(child, name);
     }
     return count;
 }
 
-void PlainRename(Item& map) {
+// The code: 1 at the first platform without a name.
+int PlainRename(Item& map) {
     for (Item& platform : map.children) {
         std::string name = platform.name;
+        if (platform.tag == "Platform" && name == "~") {
+            return 1;
+        }
         const bool renamed = platform.tag == "Platform" && PlainCount(map, name) != 1;
         while (renamed && (name == platform.name || PlainCount(map, name) != 0)) {
             name = "P-" + name;
         }
         platform.name = name;
     }
+    return 0;
 }
 
 // Few names and addresses, so that they meet, but too few elements for a line that wraps.
 Item RandomItem(std::mt19937& random, const std::string& tag) {
     const auto pick = [&random](const std::vector<const char*>& texts) { return texts[random() % texts.size()]; };
-    Item item = {tag, pick({"1", "2", "12", "2:1"}), pick({"a", "A", "b", "c", "d", "P-a", "p-A", "P-b", ""}), pick({"1", "2", "3", "1 ", "", "~"})};
+    Item item = {tag, pick({"1", "2", "12", "2:1"}), pick({"a", "A", "b", "c", "d", "P-a", "p-A", "P-b", "", random() % 4 == 0 ? "~" : "e"}), pick({"1", "2", "3", "1 ", "", "~"})};
     while (tag == "Platform" && random() % 2 == 0) {
         item.children.push_back(RandomItem(random, random() % 5 == 0 ? "Cache" : "Console"));
     }
@@ -125,6 +142,8 @@ Item RandomItem(std::mt19937& random, const std::string& tag) {
 TEST(Conversion, AgreesWithThePlainDefinition) {
     std::mt19937 random(1);
     std::string text;
+    int complete = 0;
+    int failed = 0;
     Output out(text);
     for (int i = 0; i < 2000 && !HasFailure(); ++i) {
         Item map = {"SystemMap", "", "root", ""};
@@ -135,12 +154,15 @@ TEST(Conversion, AgreesWithThePlainDefinition) {
         rvt_xml_tree = RVT_XML_Tree();
         ASSERT_EQ(ParseXMLText(before, "map", &rvt_xml_tree), 0);
         PlainMerge(map);
-        PlainRename(map);
-        EXPECT_EQ(Number(GroupPlatformsWithDupIPAddr()) + Number(ModifyDuplicatePlatformNames()), 0);
+        const int code = PlainRename(map);
+        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr()) + Number(ModifyDuplicatePlatformNames()), code) << before;
+        (code == 0 ? complete : failed) += 1;
         text.clear();
         EXPECT_TRUE(PrintTree(out, &rvt_xml_tree) == ExitCode::kOk && out.Flush());
-        EXPECT_EQ(text, Text(map, 0)) << before;
+        // After a failure the tree is never seen.
+        EXPECT_TRUE(code != 0 || text == Text(map, 0)) << before << text;
     }
+    EXPECT_TRUE(complete > 1000 && failed > 50) << complete << ' ' << failed;
 }
 // clang-format on
 
