@@ -7,9 +7,13 @@
 
 namespace {
 
+// The standard hash under another name: under its own, the library compares a name with all others,
+// one by one, as long as they are few.
+struct NameHash : std::hash<std::string_view> {};
+
 struct Names {
     std::vector<std::string_view> texts = {""};
-    std::unordered_map<std::string_view, NameId> ids = {{"", 0}};
+    std::unordered_map<std::string_view, NameId, NameHash> ids = {{"", 0}};
 };
 
 Names names;

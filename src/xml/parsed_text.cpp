@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "base/arena.h"
@@ -13,32 +14,47 @@ namespace {
 // Plain ASCII text up to this length is looked for among the texts seen before.
 constexpr size_t kShort = 24;
 
-// Text that fits, narrowed, with a hash; "length" is more than kShort for any other text.
+// The beginning of a text, narrowed and filled up with zeros.
+using Words = std::array<uint64_t, kShort / sizeof(uint64_t)>;
+
 struct ShortText {
-    std::array<char, kShort + 1> text;
-    size_t length;
-    uint32_t hash;
+    Words words;
+    size_t length;  // More than kShort for text that is longer or not plain.
 };
 
 ShortText Narrow(const char16_t* wide) {
-    ShortText narrow;
-    narrow.hash = 2166136261U;
-    size_t i = 0;
-    for (; i < kShort && wide[i] != 0 && wide[i] < 0x80; ++i) {
-        narrow.text[i] = static_cast<char>(wide[i]);
-        narrow.hash = (narrow.hash ^ wide[i]) * 16777619U;
+    std::array<char, kShort> text = {};
+    size_t length = 0;
+    while (length < kShort && wide[length] != 0 && wide[length] < 0x80) {
+        text[length] = static_cast<char>(wide[length]);
+        ++length;
     }
-    narrow.text[i] = '\0';
-    narrow.length = wide[i] == 0 ? i : kShort + 1;
-    narrow.hash ^= narrow.hash >> 15U;
+    ShortText narrow;
+    memcpy(narrow.words.data(), text.data(), kShort);
+    narrow.length = wide[length] == 0 ? length : kShort + 1;
     return narrow;
 }
 
-// One slot for each hash: a text that meets another's slot takes it over. Long texts are looked for
-// too, by their beginning, since an attribute's default comes once for each element.
+uint64_t Hash(const Words& words) {
+    uint64_t hash = 0;
+    for (const uint64_t word : words) {
+        hash = (hash ^ word) * 0x9E3779B97F4A7C15U;
+        hash ^= hash >> 32U;
+    }
+    return hash;
+}
+
+// One slot for each hash: a text that meets another's slot takes it over. A slot holds its text
+// beside the kept copy, which may lie in memory that has not been touched for long. Long texts are
+// looked for too, by their beginning, since an attribute's default comes once for each element.
+struct ValueSlot {
+    Words words;
+    const char* kept;
+};
+
 constexpr size_t kLongSlots = 64;
 constexpr size_t kValueSlots = 1024;
-std::array<const char*, kValueSlots> values_seen;
+std::array<ValueSlot, kValueSlots> values_seen;
 std::array<const char*, kLongSlots> long_values_seen;
 
 // Whether "kept" is the plain text "wide".
@@ -50,7 +66,7 @@ bool IsSame(const char* kept, const char16_t* wide) {
     return *kept == '\0' && *wide == 0;
 }
 
-const char* KeepLong(const char16_t* value, uint32_t hash) {
+const char* KeepLong(const char16_t* value, uint64_t hash) {
     const std::u16string_view wide(value);
     const char*& seen = long_values_seen[hash % kLongSlots];
     if (seen != nullptr && IsSame(seen, value)) {
@@ -73,16 +89,23 @@ const char* KeepLong(const char16_t* value, uint32_t hash) {
 
 }  // namespace
 
-// Names come in the same order over and over, so the one that followed the last name before is
+// Names come in the same orders over and over, so the two that followed the last name before are
 // tried first.
 NameId ParsedName(const char16_t* name) {
-    static std::vector<NameId> followers = {0};
+    struct Followers {
+        NameId likely = 0;
+        NameId other = 0;
+    };
+    static std::vector<Followers> followers = {{}};
     static NameId last = 0;
-    NameId& follower = followers[last];
-    if (!IsSame(NameText(follower).data(), name)) {
-        follower = InternName(ToUtf8(name));
+    auto& [likely, other] = followers[last];
+    if (!IsSame(NameText(likely).data(), name)) {
+        std::swap(likely, other);
+        if (!IsSame(NameText(likely).data(), name)) {
+            likely = InternName(ToUtf8(name));
+        }
     }
-    last = follower;
+    last = likely;
     if (followers.size() <= last) {
         followers.resize(last + 1);
     }
@@ -91,12 +114,16 @@ NameId ParsedName(const char16_t* name) {
 
 const char* ParsedValue(const char16_t* value) {
     const ShortText text = Narrow(value);
+    const uint64_t hash = Hash(text.words);
     if (text.length > kShort) {
-        return KeepLong(value, text.hash);
+        return KeepLong(value, hash);
     }
-    const char*& seen = values_seen[text.hash % kValueSlots];
-    if (seen == nullptr || strcmp(seen, text.text.data()) != 0) {
-        seen = arena::Copy({text.text.data(), text.length});
+    auto& [words, kept] = values_seen[hash % kValueSlots];
+    if (kept == nullptr || words != text.words) {
+        std::array<char, kShort> plain;
+        memcpy(plain.data(), text.words.data(), kShort);
+        words = text.words;
+        kept = arena::Copy({plain.data(), text.length});
     }
-    return seen;
+    return kept;
 }
