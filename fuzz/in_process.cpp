@@ -13,6 +13,7 @@
 #include "base/paths.h"
 #include "run/rvt_exit.h"
 #include "xml/rvt_xml_parser.h"
+#include "xml/rvt_xml_writer.h"
 
 // In the place of the way out of the process.
 std::string program = "tqsmgr";
@@ -89,8 +90,9 @@ static void Dump(const RVT_Node* node, std::string& text) {
     for (const RVT_NODE_TYPE type : {RVT_ELEMENT, RVT_ATTRIBUTE, RVT_COMMENT, RVT_XML_DECL}) {
         text += node->IsType(type) ? 'x' : '-';
     }
-    std::string value = node->GetValue();
-    value.resize(std::min(value.size(), size_t{(8185 - 3) / 6}));
+    // Attribute values as they are written, cut where they are too long.
+    std::string value(node->IsType(RVT_ATTRIBUTE) ? DoEntityReferenceReplacement(node->GetValue())
+                                                  : node->GetValue());
     std::replace_if(
         value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
         ' ');

@@ -22,6 +22,6 @@ bool CanRead(const char* path, RVT_XML_Tree& tree);
 // Ends the process, as a finding, when a promise is not kept.
 void Require(bool kept, const char* promise);
 
-// All that is left of a tree, a line for each node. White space is alike, and of a value only the
-// part counts that is written whole whatever it holds: 8185 bytes, of which six make a character.
+// All that is left of a tree, a line for each node. White space in values is alike, and over-long
+// values are cut as they are in a map.
 std::string Dump(const RVT_XML_Tree& tree);

@@ -113,7 +113,7 @@ TEST(Xml, RefusedMaps) {
     std::vector<std::string> maps = {
         "", "<SystemMap/><SystemMap/>", "<SystemMap a='\xff'/>", "<SystemMap a='' a=''/>",
         "<SystemMap a='&none;'/>", "<SystemMap a='1' xmlns:n='u' n:a='2'/>",
-        "<SystemMap xmlns:n='u' n:xmlns='2'/>",
+        "<SystemMap xmlns:n='u' n:xmlns='2'/>", "<?xml version=\"1.0'\"?><SystemMap security=''/>",
         dtd + "<!ENTITY e SYSTEM 'http://127.0.0.1:9/x'>]><S>&e;</S>", dtd + "<!ENTITY e SYSTEM 'ok.dtd'>]><S/>",
         xsi + "noNamespaceSchemaLocation='http://127.0.0.1:9/x'/>",
         xsi + "noNamespaceSchemaLocation='none.xsd'/>", xsi + "schemaLocation='u http://127.0.0.1:9/x'/>",

@@ -160,6 +160,11 @@ void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
     if (!KeepsNodes()) {
         return;
     }
+    // The parser takes whatever begins with "1.", also what could not be written back as it is.
+    if (version != nullptr &&
+        std::u16string_view(version).find_first_not_of(u"0123456789.") != std::u16string::npos) {
+        MyContentHandler::Refuse(info_, "unsupported XML version '" + ToUtf8(version) + "'");
+    }
     RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
     const auto add = [declaration](std::string_view name, const XMLCh* text) {
         if (text != nullptr && *text != 0) {

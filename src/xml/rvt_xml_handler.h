@@ -75,6 +75,8 @@ class MyLexicalHandler : public xercesc::LexicalHandler {
 // The XML declaration.
 class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
   public:
+    explicit MyXMLDocumentHandler(const DocumentInfo& info) : info_(info) {}
+
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone,
                  const XMLCh* actual_encoding) override;
 
@@ -91,6 +93,9 @@ class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
     void endEntityReference(const xercesc::XMLEntityDecl&) override {}
     void ignorableWhitespace(const XMLCh*, XMLSize_t, bool) override {}
     void resetDocument() override {}
+
+  private:
+    const DocumentInfo& info_;
 };
 
 // Entities: how long one may be, and which files a document may name.

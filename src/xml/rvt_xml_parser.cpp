@@ -47,7 +47,7 @@ void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
     SetFeatures(reader);
     MyContentHandler content(info);
     MyLexicalHandler lexical;
-    MyXMLDocumentHandler document;
+    MyXMLDocumentHandler document(info);
     MyEntityHandler entities(info);
     reader.setContentHandler(&content);
     reader.setLexicalHandler(&lexical);
