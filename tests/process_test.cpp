@@ -61,6 +61,7 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
          "tqsmgr -security \"true\" \n\n" + recorded + "tqsmgr -h \n\n" + recorded},
         {"cat >got; ls -l /proc/self/fd >fds; grep -E 'Sig(Ign|Blk)' /proc/self/status >sig; false",
          failure + "1.\n#   \n\n" + recorded},
+        {"yes | head -c 1000000; yes | head -c 1000000 >&2; kill -9 $$", failure + "137.\n#   \n\n" + recorded},
         {": >" + kLog + "; false", ""}};
     // clang-format on
     const Tree tree;
@@ -76,6 +77,17 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
     EXPECT_EQ(tree.Read("got"), "");
     EXPECT_EQ(tree.Read("sig"), tree.Read("own"));
     EXPECT_EQ(tree.Read("fds").find(kProduct), std::string::npos) << tree.Read("fds");
+}
+
+// While one hangs, other runs go on; an interrupt from the terminal ends it alone.
+TEST(Notification, HangsAndHoldsNobodyUp) {
+    const Tree tree;
+    tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\nmkfifo go\nread line <go");
+    const Result r = tree.Shell("setsid env --default-signal " + kAdd + R"sh( &
+        until [ -p go ]; do sleep 0.02; done
+        grep -c 'EXIT CODE: 0' usr/opt/tqs/logs/tqsmgr.log; tqsmgr -security true; echo $?
+        cat calls; kill -INT -$!; wait $!; echo $?; cat calls)sh");
+    EXPECT_EQ(r.out, "1\n0\n0\nkfxd update\nlrp\n") << r.err;
 }
 
 TEST(Streams, LostOutput) {

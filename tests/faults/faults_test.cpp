@@ -238,6 +238,15 @@ TEST_P(Faults, WriteIsShort) {
     ForEach("short", EIO, [this](const Result& r) { CheckFailure(r); });
 }
 
+TEST_P(Faults, CallIsInterrupted) {
+    ForEach("fail", EINTR, [this](const Result& r) {
+        if (Hit("Flock Read Write Pwrite", "")) {
+            EXPECT_EQ(r.code, 0);
+            EXPECT_EQ(Read(), new_);
+        }
+    });
+}
+
 TEST_P(Faults, Killed) {
     ForEach("signal", SIGKILL, [](const Result&) {});
 }

@@ -1,6 +1,8 @@
 // Many runs at once, and what runs that were killed leave behind.
 #include "load.h"
 
+#include <unistd.h>
+
 #include <set>
 
 // What stands behind "before", up to the next quote, wherever that occurs in the map.
@@ -17,7 +19,6 @@ static std::multiset<std::string> Values(const std::string& map, const std::stri
 // one updates one, and one adds one by a name of its own.
 TEST(Load, LosesNothing) {
     constexpr int kRuns = 200;
-    constexpr int kAtOnce = 40;
     std::string platforms;
     std::vector<std::string> lines;
     std::set<std::string> names;
@@ -37,17 +38,21 @@ TEST(Load, LosesNothing) {
     const Tree tree;
     tree.Remove(kProduct + "bin");
     tree.Write(kMap, start);
-    // So near to the size at which the log is rotated that this happens after some of the runs.
-    tree.Write(kLog, std::string((1 << 20) - kRuns * 100, '-') + "\n");
+    // So near to the size at which the log is rotated that the first runs fill it.
+    constexpr size_t kFull = 1U << 20U;
+    tree.Write(kLog, std::string(kFull - 5000, '-') + "\n");
     std::multiset<int> codes;
-    for (int first = 0; first < kRuns; first += kAtOnce) {
-        std::vector<Running> runs;
-        for (int i = first; i < first + kAtOnce; ++i) {
-            runs.push_back(tree.Start(Words("-nonotify web -nonotify kfxd " + lines.at(i))));
+    std::vector<Running> runs;
+    runs.reserve(kRuns);
+    for (const std::string& line : lines) {
+        while (runs.size() == kRuns / 2 && !tree.Exists(kOldLog) &&
+               fs::file_size(tree.Path(kLog)) <= kFull) {
+            usleep(1000);
         }
-        for (const Running& run : runs) {
-            codes.insert(run.Wait().code);
-        }
+        runs.push_back(tree.Start(Words("-nonotify web -nonotify kfxd " + line)));
+    }
+    for (const Running& run : runs) {
+        codes.insert(run.Wait().code);
     }
     EXPECT_EQ(codes.count(5), kRuns / 8U) << "each name that was wanted twice is refused once";
     EXPECT_EQ(codes.count(0), kRuns - kRuns / 8U);
