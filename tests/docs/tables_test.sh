@@ -27,6 +27,9 @@ while read -r option; do
         fi
     done
 done < "$work/options"
+# The manual has no option of an action besides.
+sed -n '/^Options of the actions/,/^\.Sh/s/^\.It Fl \([a-z_]*\) .*/-\1/p' man/tqsmgr.8 | sort -u > "$work/of_actions"
+sed -n 's/.*Option{"\(-[a-z_]*\)".*/\1/p' src/frontend/option_table.cpp | sort -u | diff - "$work/of_actions" || failures=1
 # The README's reading list has every header, and no other.
 grep -o 'src/[a-z]*/[a-z_]*\.h' README.md | sort > "$work/listed"
 printf '%s\n' src/*/*.h | sort | diff - "$work/listed" || failures=1
