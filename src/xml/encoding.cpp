@@ -113,6 +113,10 @@ class Converter {
     iconv_t handle_;
 };
 
+std::string ReferenceTo(int character) {
+    return "&#" + std::to_string(character) + ";";
+}
+
 }  // namespace
 
 bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted) {
@@ -128,11 +132,25 @@ bool ConvertDocument(std::string_view document, const std::string& name, std::st
         if (character < 0 || !place.IsInValue()) {
             return false;
         }
-        const std::string reference = "&#" + std::to_string(character) + ";";
+        const std::string reference = ReferenceTo(character);
         std::string_view text = reference;
         if (!converter.Convert(text, converted)) {
             return false;
         }
     }
     return converter.Finish(converted);
+}
+
+std::string WithReferences(std::string_view document) {
+    std::string text;
+    Place place;
+    while (!document.empty()) {
+        std::string_view piece = document;
+        const int character = TakeCharacter(document);
+        piece.remove_suffix(document.size());
+        const bool disputed = character >= 0x80 || character == '\\' || character == '~';
+        text += disputed && place.IsInValue() ? ReferenceTo(character) : std::string(piece);
+        place.Pass(piece);
+    }
+    return text;
 }

@@ -12,3 +12,7 @@ bool IsUtf8(std::string_view name);
 // (&#8364;). False where none can stand (a comment, a name) and for an encoding that the system
 // does not know.
 bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted);
+
+// The document with references for all characters of attribute values that encodings disagree on:
+// those beyond ASCII, the backslash and the tilde.
+std::string WithReferences(std::string_view document);
