@@ -46,6 +46,7 @@ TEST(Config, ModeAndPlaceOfTheFile) {
     EXPECT_EQ(tree.Shell("chmod 604 d; tqsmgr -nonotify kfxd -config d -set b=1; stat -c '%a %F' d; ls -i d | cmp - made").out, "604 regular file\n");
     EXPECT_EQ(tree.Read(kCalls), "kfxd update\nlrp\nlrp\n");
     // Without a reader there is no waiting. The map is read first.
+    EXPECT_EQ(tree.Shell("mv tmp away; tqsmgr -config d -set ''; echo $?; mv away tmp").out, "40\n");
     EXPECT_EQ(tree.Shell("mkfifo fifo; timeout -s KILL 10 tqsmgr -config fifo -set a=1").code, 40);
     tree.Write(kMap, "<SystemMap>");
     EXPECT_EQ(tree.Run(Words("-config d -set a=2")).code + tree.Run(Words("-config new -set a=2")).code, 40);

@@ -37,7 +37,11 @@ OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode) {
     flags |= O_NONBLOCK;
     struct stat status {};
     if (calls::Stat(path, &status) == 0) {
-        return {FileDescriptor(calls::Open(path, flags)), false};
+        FileDescriptor present(calls::Open(path, flags));
+        // Another run may have moved it away meanwhile.
+        if (present.IsOpen() || errno != ENOENT) {
+            return {std::move(present), false};
+        }
     }
     FileDescriptor created(calls::Open(path, flags | O_CREAT | O_EXCL, mode));
     if (created.IsOpen() || errno != EEXIST) {

@@ -82,17 +82,23 @@ static ExitCode RewriteFile(const std::string& path, const std::string& text, bo
     return written ? ExitCode::kOk : CannotWrite(path);
 }
 
-// Rewrites the file by way of a complete copy beside it.
-static ExitCode RewriteWithCopy(const std::string& path, const std::string& text) {
+// Sets the variable in the file, whose content is "old", by way of a complete copy.
+static ExitCode RewriteWithCopy(const std::string& path, std::string_view old,
+                                const std::string& argument) {
     std::string copy_path = paths::kConfigCopy;
     FileDescriptor copy(calls::Mkstemp(copy_path.data()));
     if (!copy.IsOpen()) {
         return Fail(ExitCode::kCannotOpen, "Cannot create temp file.");
     }
+    const std::string key = KeyOf(argument);
+    const std::string text = WithVariable(old, key, argument);
     bool changed = false;
     ExitCode code = ExitCode::kOk;
     // The copy must outlast a power failure that comes while the file is half written.
-    if (!WriteAll(copy.get(), text) || calls::Fsync(copy.get()) != 0 || !copy.Close()) {
+    if (key.empty()) {
+        code = Fail(ExitCode::kInvalidArgument,
+                    "Invalid format specified. Must be of the format: variable=value");
+    } else if (!WriteAll(copy.get(), text) || calls::Fsync(copy.get()) != 0 || !copy.Close()) {
         code = CannotWrite(copy_path);
     } else {
         code = RewriteFile(path, text, changed);
@@ -103,8 +109,9 @@ static ExitCode RewriteWithCopy(const std::string& path, const std::string& text
     return code;
 }
 
-static ExitCode CreateFile(const std::string& path, const std::string& argument) {
-    FileDescriptor file = OpenOrCreate(path.c_str(), O_WRONLY, 0666).fd;
+// Fills a file that was missing.
+static ExitCode FillNewFile(FileDescriptor file, const std::string& path,
+                            const std::string& argument) {
     if (!file.IsOpen()) {
         return CannotOpen(path);
     }
@@ -123,18 +130,17 @@ ExitCode WriteConfigFile() {
     const std::string& argument = options.set_kfxd_conf_value;
     struct stat status {};
     if (calls::Stat(path.c_str(), &status) != 0 && errno == ENOENT) {
-        return CreateFile(path, argument);
+        OpenedFile file = OpenOrCreate(path.c_str(), O_WRONLY, 0666);
+        // It may have appeared meanwhile.
+        if (file.created || !file.fd.IsOpen()) {
+            return FillNewFile(std::move(file.fd), path, argument);
+        }
     }
     std::string text;
     if (const ExitCode code = ReadWholeFile(path, text); code != ExitCode::kOk) {
         return code;
     }
-    const std::string key = KeyOf(argument);
-    if (key.empty()) {
-        return Fail(ExitCode::kInvalidArgument,
-                    "Invalid format specified. Must be of the format: variable=value");
-    }
-    return RewriteWithCopy(path, WithVariable(text, key, argument));
+    return RewriteWithCopy(path, text, argument);
 }
 
 ExitCode ReadConfigFile() {
