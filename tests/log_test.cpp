@@ -88,6 +88,16 @@ TEST(Log, ARunThatCannotBeRecordedChangesNothing) {
     ExpectRuns(tree, "",
                {{"ulimit -f 0; tqsmgr -h", 41, "Write failed for " + kLog},
                 {"ulimit -f 0; tqsmgr -security true", 41, "Write failed for " + kLog}});
+    // Nor for the input of a command: what is left of it must not be repeated.
+    const std::string before(60000, '#');
+    tree.Write(kLog, before);
+    tree.Write("cache", "<?xml version=\"1.0\"?>\n<Cache/>" + std::string(20000, '\n'));
+    ExpectRuns(tree, "ulimit -f 128; tqsmgr",
+               {{"-update cache -platform p <cache", 41, "Write failed for " + kLog}});
+    EXPECT_EQ(tree.Read(kLog), before +
+                                   "echo \"Recorded Exit Code = 41, This Exit Code = $?\"\n\n"
+                                   "# EXIT CODE: 41\n# ERROR MESSAGE:\n#   Write failed for " +
+                                   kLog + "\n\n");
     tree.Remove(kProduct + "logs");
     ExpectRuns(tree, "tqsmgr", {{"-security true", 40, "Cannot open " + kLog}});
 }

@@ -113,6 +113,16 @@ static bool HasRoomForEntry() {
            (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
 }
 
+// A command that is refused for want of room leaves the ending of its entry alone, so that no
+// replay repeats it.
+static ExitCode RefuseUnlessRoom() {
+    if (HasRoomForEntry()) {
+        return ExitCode::kOk;
+    }
+    entry.head.clear();
+    return WriteFailure();
+}
+
 size_t GetTimeStamp(char* buffer, size_t size) {
     const time_t now = time(nullptr);
     struct tm local {};
@@ -139,12 +149,7 @@ ExitCode LogCommandLine(int argc, char** argv) {
     }
     head += "\n\n";
     head.reserve(head.size() + kLargestEnding);
-    if (HasRoomForEntry()) {
-        return ExitCode::kOk;
-    }
-    // A replay must not repeat a command that was refused for want of room.
-    head.clear();
-    return WriteFailure();
+    return RefuseUnlessRoom();
 }
 
 ExitCode LogStdIn(std::string_view input) {
@@ -157,7 +162,7 @@ ExitCode LogStdIn(std::string_view input) {
     head.resize(head.find_last_not_of('\n') + 1);
     AppendHereDocument(input, head);
     head += '\n';
-    return HasRoomForEntry() ? ExitCode::kOk : WriteFailure();
+    return RefuseUnlessRoom();
 }
 
 // "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.

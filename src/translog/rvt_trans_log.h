@@ -19,7 +19,7 @@
 // notification puts its error block before the echo line. A log of more than 1 MiB is moved to
 // tqsmgr.log.old when a run begins.
 //
-// All functions but LogCommandLine do nothing while no log is open.
+// While no log is open, LogStdIn, PutMsg and PutExitCode do nothing.
 #pragma once
 
 #include <cstddef>
