@@ -30,7 +30,7 @@ install(DIRECTORY grammar DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install_compressed(${PROJECT_SOURCE_DIR}/CHANGELOG.md ${CMAKE_INSTALL_DOCDIR} changelog.gz)
 
 # After the files, and not while a package is made: there the package's own script does it.
-install(CODE "execute_process(COMMAND sh ${packaging}/setup.sh ${packaging}/starter
+install(CODE "execute_process(COMMAND sh \"${packaging}/setup.sh\" \"${packaging}/starter\"
                               COMMAND_ERROR_IS_FATAL ANY)" COMPONENT setup)
 
 configure_file(${packaging}/changelog.in ${PROJECT_BINARY_DIR}/changelog @ONLY)

@@ -13,27 +13,33 @@ if [ -z "${DESTDIR:-}" ] && ! getent group tqs > /dev/null; then
     groupadd --system tqs
 fi
 give() {
-    if [ "$(id -u)" -eq 0 ] && getent group tqs > /dev/null; then
-        chgrp tqs "$2"
+    if [ "$(id -u)" -eq 0 ] && getent group "$2" > /dev/null; then
+        chgrp "$2" "$3"
     fi
-    chmod "$1" "$2"
+    chmod "$1" "$3"
 }
 mkdir -p "$product/bin" "$product/config" "$product/events" "$product/logs"
-# A strict umask has made it root's alone.
-chmod 0755 "$product/bin"
-for folder in 0755: 2770:/config 2770:/events 2770:/logs; do
-    path=$product${folder#*:}
+while read -r mode group folder; do
+    path=$product$folder
     # What an administrator has decided otherwise stays.
     if [ -n "${DESTDIR:-}" ] || ! dpkg-statoverride --list "$path" > /dev/null 2>&1; then
-        give "${folder%%:*}" "$path"
+        give "$mode" "$group" "$path"
     fi
-done
+done << END
+0755 tqs
+0755 root /bin
+2770 tqs /config
+2770 tqs /events
+2770 tqs /logs
+END
 for file in SystemMap.xml models ostypes; do
     path=$product/config/$file
     if [ ! -e "$path" ] && [ ! -L "$path" ]; then
-        new=$(mktemp "$path.XXXXXX")
+        # Not in a folder where members could put a link in its place.
+        new=$(mktemp "$product/new.XXXXXX")
         cat "$starter/$file" > "$new"
-        give 0660 "$new"
-        mv -n "$new" "$path"
+        give 0660 tqs "$new"
+        mv -nT "$new" "$path"
+        rm -f "$new"
     fi
 done

@@ -2,6 +2,7 @@
 # the repository's folder.
 # shellcheck shell=bash disable=SC2034
 
+unset CDPATH
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." || exit
 jobs=${JOBS:-2}
 build_packages="g++ cmake ninja-build libxerces-c-dev libicu-dev"
@@ -27,9 +28,10 @@ need() {
         > /dev/null
 }
 
-# The folder below which trees are built: build/ here, unless another user's files stand there.
+# The folder below which trees are built: build/ here, unless the checkout, or what stands there, is
+# another user's.
 builds() {
-    if [ -w . ] && [ -z "$(find build ! -user "$(id -u)" -print -quit 2>/dev/null)" ]; then
+    if [ -O . ] && [ -w . ] && [ -z "$(find build ! -user "$(id -u)" -print -quit 2>/dev/null)" ]; then
         echo "$PWD/build"
     else
         echo "${XDG_CACHE_HOME:-$HOME/.cache}/tqsmgr-build"
