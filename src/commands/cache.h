@@ -9,7 +9,7 @@
 // Moves the Cache element of "cache_document", an XML declaration followed by that element, under
 // the platform as its last child, in place of the one it had. The document must not be used
 // afterwards. kIncompleteMap "First line must contain a <?xml ...> declaration." or "Cache not
-// found in XML data."; kLookupFailed "Cannot find Platform \"%s\". A cache that the map could not
+// found in XML data."; kLookupFailed "Cannot find Platform \"%s\".". A cache that the map could not
 // hold, since the next run could not read it, ends the run as the reader does.
 ExitCode UpdateCache(const std::string& platform_name, RVT_XML_Tree* cache_document);
 

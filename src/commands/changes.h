@@ -63,8 +63,8 @@ ExitCode ApplyChanges(const RVT_Node& property_map, const NameValueList& changes
 // unless it is the present name.
 ExitCode CheckNewName(const char* owner, const std::string& present, const std::string& value);
 
-// Whether the element's switches, as they now stand, have events without logging; a missing one
-// reads as empty.
+// kEventsWithoutLogging with its message when the element's switches, as they now stand, have
+// events without logging; a missing one reads as empty.
 ExitCode CheckSwitches(const RVT_Node& element);
 
 // The text of a property, empty when it is missing.

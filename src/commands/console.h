@@ -1,6 +1,6 @@
-// The commands on consoles ("systems" on the command line). Each checks everything first, in a
-// fixed order, the first failure ending it with its code and message; a command that failed must
-// not be followed by a write.
+// The commands on consoles ("systems" on the command line). The first check that fails ends one
+// with its code and message. Additions check everything first, updates each value before they store
+// it: a command that failed must not be followed by a write.
 #pragma once
 
 #include <string>
@@ -32,7 +32,7 @@ ExitCode HandleConsolePortChange(RVT_Node& console, const std::string& old_port,
 
 // Rewrites the port in the console's own identifier; "old_id" and "new_id" receive what it was and
 // is. kIncompleteMap "Console with port %s has no ID attribute." or "... has bad ID attribute.",
-// with the old port, when the identifier does not end in ":" and that port.
+// with the old port, when what follows the identifier's first ":" is not that port.
 ExitCode UpdateConsoleID(RVT_Node& console, const std::string& old_port,
                          const std::string& new_port, std::string& old_id, std::string& new_id);
 

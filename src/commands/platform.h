@@ -1,5 +1,6 @@
-// The commands on platforms. Each checks everything first, in a fixed order, the first failure
-// ending it with its code and message; a command that failed must not be followed by a write.
+// The commands on platforms. The first check that fails ends one with its code and message.
+// Additions check everything first, updates each value before they store it: a command that failed
+// must not be followed by a write.
 #pragma once
 
 #include <string>

@@ -10,6 +10,7 @@
 // be written; kIncompleteMap from the lines, those before the incomplete element then stand in it.
 ExitCode CreateKfxConfFile();
 
-// Prints the lines on standard output, without the comment, all or those called "name". Codes as
-// above, and kLookupFailed when nothing has the name.
+// Prints the lines on standard output, without the comment: all, or those of the name that the
+// command line gives. kIncompleteMap as above, kWriteFailed "Write failed for \"%s\"." when output
+// is lost, kLookupFailed "Console \"%s\" not found." when nothing has the name.
 ExitCode ViewKfxConfLines();

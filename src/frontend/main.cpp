@@ -1,6 +1,8 @@
 // One run: record, parse, lock, read, act, release, notify, exit.
+#include <libgen.h>
+
 #include <new>
-#include <string_view>
+#include <string>
 
 #include "base/error.h"
 #include "base/process.h"
@@ -13,9 +15,8 @@
 #include "xml/rvt_node.h"
 #include "xml/rvt_xml_parser.h"
 
-static void SetProgram(std::string_view path) {
-    path = path.substr(0, path.find_last_not_of('/') + 1);
-    program = path.substr(path.rfind('/') + 1);
+static void SetProgram(std::string path) {
+    program = basename(path.data());
 }
 
 static void EndRunUnlessOk(ExitCode code) {

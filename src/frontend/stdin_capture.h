@@ -17,8 +17,8 @@ class CapturedInput {
 
     // Copies standard input to a new file, each line up to its first zero byte (a line that has one
     // loses its line end with the rest). Termination signals are let through while it waits for
-    // input; a read error counts as the end. kCannotOpen "Cannot create temp file."; kWriteFailed
-    // "Cannot write to \"%s\".".
+    // input; a read error counts as the end. kCannotOpen "Cannot create temp file." or "Cannot open
+    // \"%s\"."; kWriteFailed "Cannot write to \"%s\".".
     ExitCode WriteStdInToTempFile();
 
     // What was captured, valid as long as this object.

@@ -23,7 +23,7 @@ ExitCode CheckAddressForm(const std::string& address);
 ExitCode CheckAddressIsFree(const RVT_Node* node, const std::string& address);
 // kInvalidPort "Invalid port number \"%s\"."
 ExitCode CheckPortForm(const std::string& port);
-// kPortTaken "Duplicate port number \"%s\"."
+// kPortTaken "Duplicate port number \"%s\"." when it is not free, or in any case.
 ExitCode CheckPortIsFree(std::string_view address, const std::string& port);
 ExitCode PortTaken(std::string_view port);
 // kInvalidPortRange, three lines.

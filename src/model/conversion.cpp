@@ -237,7 +237,7 @@ ExitCode DeleteConnPropertyFromPlatform() {
     });
 }
 
-ExitCode ConvertTree() {
+static ExitCode ConvertTree() {
     static constexpr std::array<ExitCode (*)(), 14> kSteps = {
         GroupPlatformsWithDupIPAddr,
         ModifyDuplicatePlatformNames,

@@ -15,9 +15,6 @@
 // both untouched when it is. Ends the run with the code of the first step that fails.
 void DoVersionConversion(const char* path);
 
-// Runs the steps alone, on the tree. kIncompleteMap and kLookupFailed as the steps.
-ExitCode ConvertTree();
-
 // The root's "version" attribute. kIncompleteMap "Cannot find SystemMap element." or "Cannot find
 // the \"version\" attribute for SystemMap."
 ExitCode GetVersion(std::string_view& version);
@@ -46,7 +43,7 @@ ExitCode AddFirstTSPortPropertyToPlatforms();
 ExitCode AddLastTSPortPropertyToPlatforms();
 
 // Replace by "Unknown" the models, and the OS types of consoles inside platforms, that the
-// reference files do not list. Skip deleted platforms. Always kOk.
+// reference files do not list. Skip deleted platforms. Always kOk but for a missing root.
 ExitCode ValidateAndAssignGenericModel();
 ExitCode CheckAndAssignTypePropertyToConsoles();
 

@@ -23,16 +23,17 @@ RVT_Node* FindPlatform(std::string_view property, const std::string& value);
 // that property ends the search, with that lookup's message. "Cannot find Console \"%s\" in %s."
 RVT_Node* FindConsole(const RVT_Node& parent, std::string_view property, const std::string& value);
 
-// "Cannot find PropertyMap in \"%s\"."
+// The first live property map below "node". "Cannot find PropertyMap in \"%s\"."
 RVT_Node* FindPropertyMap(const RVT_Node& node);
 
 // The first property called "name", removed or not. "Cannot find Property \"name=%s\" in \"%s\"."
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name);
 
-// "Cannot find Cache for platform \"%s\"." with the platform's name.
+// The first live cache below "platform". "Cannot find Cache for platform \"%s\"." with the
+// platform's name.
 RVT_Node* FindCache(const RVT_Node& platform);
 
-// "Cannot find attribute \"%s=\" in \"%s\"."
+// The attribute called "name". "Cannot find attribute \"%s=\" in \"%s\"."
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name);
 
 // The attribute called "name", or null without a message.

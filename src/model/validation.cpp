@@ -178,9 +178,10 @@ static bool HasLine(const char* path, Matches matches) {
 }
 
 bool IsModelNumberInDatabase(std::string_view model) {
-    return !model.empty() && HasLine(paths::kModels, [model](std::string_view line) {
+    return HasLine(paths::kModels, [model](std::string_view line) {
         const size_t bar = line.find('|');
-        return bar != std::string_view::npos && FieldIs(line.substr(bar + 1), model, "\n\r");
+        return !model.empty() && bar != std::string_view::npos &&
+               FieldIs(line.substr(bar + 1), model, "\n\r");
     });
 }
 

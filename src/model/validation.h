@@ -26,10 +26,10 @@ bool IsValidPortRange(std::string_view first, std::string_view last);
 // text that the map can hold, without tabs and line breaks.
 bool IsPlainText(std::string_view text);
 
-// Whether the models file lists "model" as the second field of a line, or the OS-type file "type"
-// as the first, letter case ignored. Fields are separated by "|"; lines that begin with "#" are
-// skipped. The file is read at each call. One that cannot be opened lists nothing, and says so on
-// standard error: "cannot open %s : %s\n".
+// Whether the models file has a line in which "model" is what follows the first "|", if anything
+// does, or the OS-type file one that begins with "type" and a "|", letter case ignored. Lines that
+// begin with "#" are skipped. The file is read at each call. One that cannot be opened lists
+// nothing, and says so on standard error: "cannot open %s : %s\n".
 bool IsModelNumberInDatabase(std::string_view model);
 bool IsOSTypeInDatabase(std::string_view type);
 

@@ -103,10 +103,9 @@ void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
     }
 }
 
-// The file that an exception speaks of. The document itself is named by its bytes, which its system
+// The file that an error is in. The document itself is named by its bytes, which its system
 // identifier may not be able to hold.
-static std::string FileOf(const xercesc::SAXParseException& exception, const DocumentInfo& info) {
-    const XMLCh* system_id = exception.getSystemId();
+static std::string FileOf(const XMLCh* system_id, const DocumentInfo& info) {
     if (system_id == nullptr || *system_id == 0 || system_id == ToUtf16(info.path)) {
         return info.path;
     }
@@ -122,23 +121,24 @@ static std::string FileOf(const xercesc::SAXParseException& exception, const Doc
 
 void MyContentHandler::Refuse(const DocumentInfo& info, const std::string& text) {
     const xercesc::Locator* at = info.locator;
-    EndRun("Error", info.path, at == nullptr ? 0 : at->getLineNumber(),
-           at == nullptr ? 0 : at->getColumnNumber(), text);
+    EndRun("Error", at == nullptr ? info.path : FileOf(at->getSystemId(), info),
+           at == nullptr ? 0 : at->getLineNumber(), at == nullptr ? 0 : at->getColumnNumber(),
+           text);
 }
 
 void MyContentHandler::error(const xercesc::SAXParseException& exception) {
-    EndRun("error", FileOf(exception, info_), exception.getLineNumber(),
+    EndRun("error", FileOf(exception.getSystemId(), info_), exception.getLineNumber(),
            exception.getColumnNumber(), ToUtf8(exception.getMessage()));
 }
 
 void MyContentHandler::fatalError(const xercesc::SAXParseException& exception) {
-    EndRun("Error", FileOf(exception, info_), exception.getLineNumber(),
+    EndRun("Error", FileOf(exception.getSystemId(), info_), exception.getLineNumber(),
            exception.getColumnNumber(), ToUtf8(exception.getMessage()));
 }
 
 void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
     static_cast<void>(fprintf(stderr, "\nWarning at file %s, line %llu, char %llu\n  Message: %s\n",
-                              FileOf(exception, info_).c_str(),
+                              FileOf(exception.getSystemId(), info_).c_str(),
                               static_cast<unsigned long long>(exception.getLineNumber()),
                               static_cast<unsigned long long>(exception.getColumnNumber()),
                               ToUtf8(exception.getMessage()).c_str()));

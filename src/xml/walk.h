@@ -45,7 +45,10 @@ class ElementWalk {
     [[nodiscard]] Iterator begin() const { return {*this, first_}; }
     [[nodiscard]] Iterator end() const { return {*this, nullptr}; }
     // The first of them, or null.
-    [[nodiscard]] RVT_Node* First() const { return begin() != end() ? &*begin() : nullptr; }
+    [[nodiscard]] RVT_Node* First() const {
+        const Iterator first = begin();
+        return first != end() ? &*first : nullptr;
+    }
 
   private:
     [[nodiscard]] bool Wants(const RVT_Node& node) const {
@@ -67,7 +70,9 @@ inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name,
             InternName(other)};
 }
 inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name) {
-    return LiveElements(parent, name, name);
+    RVT_Node_List_Elem* pos = nullptr;
+    const NameId id = InternName(name);
+    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kSkipped, id, id};
 }
 
 // The same with those that the run has removed: for the rules that still count them.
@@ -78,5 +83,7 @@ inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view 
             InternName(other)};
 }
 inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
-    return ElementsEvenDeleted(parent, name, name);
+    RVT_Node_List_Elem* pos = nullptr;
+    const NameId id = InternName(name);
+    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kIncluded, id, id};
 }
