@@ -15,9 +15,12 @@ class ElementWalk {
   public:
     enum class Deleted { kSkipped, kIncluded };
 
-    // A walk of the list that begins with "first" (null for none), for one name or for two.
-    ElementWalk(RVT_Node* first, Deleted deleted, NameId name, NameId other)
-        : first_(first), deleted_(deleted), name_(name), other_(other) {}
+    // A walk of the children of "parent", for two names, which may be one.
+    ElementWalk(const RVT_Node& parent, Deleted deleted, NameId name, NameId other)
+        : deleted_(deleted), name_(name), other_(other) {
+        RVT_Node_List_Elem* pos = nullptr;
+        first_ = parent.GetFirstChild(pos);
+    }
 
     class Iterator {
       public:
@@ -56,7 +59,7 @@ class ElementWalk {
                (deleted_ == Deleted::kIncluded || node.IsType(RVT_ELEMENT));
     }
 
-    RVT_Node* first_;
+    RVT_Node* first_ = nullptr;
     Deleted deleted_;
     NameId name_;
     NameId other_;
@@ -65,25 +68,19 @@ class ElementWalk {
 // The elements below "parent" of the given name, or of either name, in document order.
 inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name,
                                 std::string_view other) {
-    RVT_Node_List_Elem* pos = nullptr;
-    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kSkipped, InternName(name),
-            InternName(other)};
+    return {parent, ElementWalk::Deleted::kSkipped, InternName(name), InternName(other)};
 }
 inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name) {
-    RVT_Node_List_Elem* pos = nullptr;
     const NameId id = InternName(name);
-    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kSkipped, id, id};
+    return {parent, ElementWalk::Deleted::kSkipped, id, id};
 }
 
 // The same with those that the run has removed: for the rules that still count them.
 inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
                                        std::string_view other) {
-    RVT_Node_List_Elem* pos = nullptr;
-    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kIncluded, InternName(name),
-            InternName(other)};
+    return {parent, ElementWalk::Deleted::kIncluded, InternName(name), InternName(other)};
 }
 inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
-    RVT_Node_List_Elem* pos = nullptr;
     const NameId id = InternName(name);
-    return {parent.GetFirstChild(pos), ElementWalk::Deleted::kIncluded, id, id};
+    return {parent, ElementWalk::Deleted::kIncluded, id, id};
 }
