@@ -35,6 +35,14 @@ Result Running::Wait() const {
     return result;
 }
 
+std::string OtherGroup() {
+    std::array<gid_t, 1024> groups{};
+    const int count = getgroups(static_cast<int>(groups.size()), groups.data());
+    return std::to_string(geteuid() == 0 ? 12
+                          : count > 0    ? groups.at(static_cast<size_t>(count) - 1)
+                                         : getegid());
+}
+
 Tree::Tree() {
     root_ = (fs::temp_directory_path() / "tqs-test-XXXXXX").string();
     if (mkdtemp(root_.data()) == nullptr) {

@@ -48,6 +48,9 @@ struct Running {
 // tags (which ends in a newline unless empty; then the root is an empty element).
 std::string MapText(const std::string& inside, const std::string& attributes);
 
+// A group that files may be given to: one that root is not in, or the last of another user's.
+std::string OtherGroup();
+
 // A folder with an installed product: an empty map (serial 1, security false, version 3.0), models
 // ("Server|M100", "Big|X9"), OS types (Unknown, linux, aix), one event file "basic", and stub
 // notifications. Removed when it goes out of scope.

@@ -1,4 +1,6 @@
 // The lines of kfx.conf, on standard output and in the file.
+#include <unistd.h>
+
 #include "sample_map.h"
 
 // clang-format off
@@ -35,12 +37,12 @@ TEST(KfxConf, LinesAndSelection) {
     EXPECT_FALSE(tree.Exists(kKfxConf));
     // A new file gets the product's group and a mode of its own, also where a link leads to it; an
     // old one keeps what it has.
-    ASSERT_EQ(tree.Shell("chgrp 12 usr/opt/tqs; ln -s new " + kKfxConf).code, 0);
+    ASSERT_EQ(tree.Shell("chgrp " + OtherGroup() + " usr/opt/tqs; ln -s new " + kKfxConf).code, 0);
     const std::string write = "umask 077; tqsmgr -write kfxconf; stat -Lc '%a %g'";
-    ExpectRuns(tree, write, {{kKfxConf, 0, "660 12\n"}});
+    ExpectRuns(tree, write, {{kKfxConf, 0, "660 " + OtherGroup() + "\n"}});
     EXPECT_EQ(tree.Read(kKfxConf), kKfxConfHeader + kAll);
     tree.WriteMap("");
-    ExpectRuns(tree, "(cd usr/opt/tqs/config; chmod 604 new; chgrp 0 new);" + write, {{kKfxConf, 0, "604 0\n"}});
+    ExpectRuns(tree, "(cd usr/opt/tqs/config; chmod 604 new; chgrp $(id -g) new);" + write, {{kKfxConf, 0, "604 " + std::to_string(getegid()) + "\n"}});
     EXPECT_EQ(tree.Read(kKfxConf), kKfxConfHeader);
 }
 

@@ -22,13 +22,14 @@ static std::string Log(const Tree& tree) {
 
 TEST(Log, Entries) {
     const Tree tree;
-    const Result r = tree.Shell(R"sh(umask 077; chgrp 12 usr/opt/tqs; yes '<a>' | head -301 >301
+    const Result r = tree.Shell("chgrp " + OtherGroup() +
+                                R"sh( usr/opt/tqs; umask 077; yes '<a>' | head -301 >301
         ln -s l usr/opt/tqs/logs/tqsmgr.log
         tqsmgr -security true; tqsmgr; tqsmgr -f 301 -view security
         tqsmgr -add platform -name p_1 -model M -addr 1 -port 1 2>/dev/null
         mkdir "a b"; ln -s "$(readlink path/tqsmgr)" "a b/t=q"; ./a\ b/t=q -write kfxconf
         stat -Lc '%a %g' usr/opt/tqs/logs/tqsmgr.log)sh");
-    EXPECT_EQ(r.out, "660 12\n");
+    EXPECT_EQ(r.out, "660 " + OtherGroup() + "\n");
     // clang-format off
     EXPECT_EQ(Log(tree),
         Entry("tqsmgr -security \"true\"", "0") + Entry("tqsmgr", "11", kArgError) +

@@ -11,15 +11,15 @@ static const std::string kHeld =
 TEST(Lock, IsWaitedFor) {
     const Tree tree;
     // A new file under the lock's name is the lock from then on.
-    const Result r = tree.Shell(kHeld + R"sh(
+    const Result r = tree.Shell("G=" + OtherGroup() + "\n" + kHeld + R"sh(
         tqsmgr -security true 8<&- & tqsmgr -security true 8<&- & kill -0 $!
         sleep 0.15; kill $!; wait $!; echo $? $(cat $L) $(grep -c true $M)
         rm $L; exec 9>$L; flock 9; exec 8<&-; sleep 0.15; echo $(grep -c true $M)
         exec 9>&-; wait; echo $(grep -c true $M) $(wc -c <$L)
         mkfifo in; tqsmgr -update cache -platform none <in & exec 3>in; sleep 0.15
         [ "$(cat $L)" = $! ] && echo own; exec 3>&-; wait; wc -c <$L
-        chgrp 12 usr/opt/tqs; rm $L; ln -s new $L; umask 077; tqsmgr -view security; stat -Lc '%a %g' $L)sh");
-    EXPECT_EQ(r.out, "143 stale 0\n0\n1 0\nown\n0\ntrue\n660 12\n") << r.err;
+        chgrp $G usr/opt/tqs; rm $L; ln -s new $L; umask 077; tqsmgr -view security; stat -Lc '%a %g' $L)sh");
+    EXPECT_EQ(r.out, "143 stale 0\n0\n1 0\nown\n0\ntrue\n660 " + OtherGroup() + "\n") << r.err;
     tree.Remove(kLock);
     tree.Remove("in");
     std::filesystem::create_directory(tree.Path(kLock));

@@ -172,9 +172,12 @@ TEST(Xml, Depth) {
 TEST(Xml, TheTemporaryMapIsNew) {
     const Tree tree;
     tree.Write("other", "kept");
-    ASSERT_EQ(tree.Shell("chgrp 12 usr/opt/tqs; ln -s ../../../../other " + kMap + ".tmp").code, 0);
+    ASSERT_EQ(tree.Shell("chgrp " + OtherGroup() + " usr/opt/tqs; ln -s ../../../../other " + kMap +
+                         ".tmp")
+                  .code,
+              0);
     ExpectRuns(tree, "umask 077; tqsmgr -security true; stat -c '%a %g %F'",
-               {{kMap, 0, "660 12 regular file\n"}});
+               {{kMap, 0, "660 " + OtherGroup() + " regular file\n"}});
     EXPECT_TRUE(tree.Read("other") == "kept" && !tree.Exists(kMap + ".tmp"));
     ASSERT_EQ(tree.Shell("mkdir " + kMap + ".tmp").code, 0);
     ExpectRuns(tree, "tqsmgr", {{"-security false", 40, "Cannot open \"" + kMap + ".tmp\"."}});
