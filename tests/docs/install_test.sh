@@ -25,6 +25,18 @@ for run in first second; do
         rm "$product/config/models" && ln -s nowhere "$product/config/models"
     fi
 done
+# No network client is linked in, and the program is hardened. With sanitizers it is another one.
+dynamic=$(readelf -dW "$product/bin/tqsmgr")
+case $dynamic in
+*libasan*) ;;
+*)
+    echo "$dynamic" | grep NEEDED | grep -vE '\[(ld-linux[^.]*|libc|libm)\.so\.' && failures=1
+    echo "$dynamic" | grep -q 'Flags: NOW PIE' || failures=1
+    for symbol in __stack_chk_fail __memcpy_chk; do
+        readelf --dyn-syms -W "$product/bin/tqsmgr" | grep -q " $symbol@" || failures=1
+    done
+    ;;
+esac
 [ "$(cat "$product/config/SystemMap.xml")" = changed ] || failures=1
 [ -L "$product/config/models" ] || failures=1
 [ "$(find "$DESTDIR" -path '*/man[58]/*.gz' -o -path '*/completions/tqsmgr' | wc -l)" -eq 3 ] || failures=1

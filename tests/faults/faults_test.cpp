@@ -269,10 +269,8 @@ TEST_P(Faults, PowerFails) {
     const auto check = [this](const Result& r) {
         EXPECT_TRUE(r.code != 0 || tree_.Read(kMap) == new_[0]);
     };
-    if (scenario_.name == "Security" || scenario_.name == "Config") {
-        for (const int lost : {0, 1, 2}) {
-            ForEach("power", lost, check);
-        }
+    for (const int lost : {0, 1, 2}) {
+        ForEach("power", lost, check);
     }
 }
 
