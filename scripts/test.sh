@@ -6,7 +6,7 @@ set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
 
 # shellcheck disable=SC2086
-need $build_packages libgtest-dev libxml2-utils shellcheck mandoc
+need $build_packages libgtest-dev libxml2-utils shellcheck mandoc make dpkg-dev file
 builds=$(builds)
 configure release "$builds/release" -DTQS_TESTS=ON
 configure sanitizers "$builds/sanitizers"

@@ -1,0 +1,21 @@
+#!/bin/bash
+# The scripts that install and package, in the tree of the release, and the other ways to configure a
+# build that the documents name.
+set -u
+cd "$(dirname "$0")/../.." || exit 1
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+failures=0
+# must COMMAND...: runs it; what it prints stays in "printed".
+must() {
+    "$@" > "$work/printed" 2>&1 || { echo "$*"; cat "$work/printed"; failures=1; }
+}
+
+must env DESTDIR="$work/a root" scripts/install.sh
+must test -x "$work/a root/usr/opt/tqs/bin/tqsmgr" -a -f "$work/a root/usr/opt/tqs/config/SystemMap.xml"
+must scripts/package.sh
+package=$(sed -n 's/.*package: \(.*\.deb\) generated.*/\1/p' "$work/printed")
+dpkg-deb --contents "$package" | grep '^-rwxr-xr-x root/root .* \./usr/opt/tqs/bin/tqsmgr$' > /dev/null || failures=1
+must cmake -S . -B "$work/plain"
+must cmake --preset development -B "$work/development"
+exit $failures
