@@ -132,8 +132,8 @@ TEST(Xml, RefusedMaps) {
             Times(300, "&b;") + "'>]><S a='" + Times(300, "&c;") + "'/>"};
     // clang-format on
     // The grammar ok.dtd declares no attribute.
-    for (const std::string name :
-         {"http://127.0.0.1:9/x", "none.dtd", "fifo", "folder", "ok.dtd"}) {
+    for (const std::string name : {"http://127.0.0.1:9/x", "file://host/etc/passwd", "none.dtd",
+                                   "fifo", "folder", "ok.dtd"}) {
         maps.push_back("<!DOCTYPE SystemMap SYSTEM '" + name + "'><SystemMap security=''/>");
     }
     const std::string whole =
@@ -154,9 +154,12 @@ TEST(Xml, LocalGrammarsAndNames) {
     const Tree tree;
     const std::string name = "a b%41#x&\xff\xe9.xml";
     tree.Write("x.dtd", "<!ELEMENT SystemMap ANY><!ATTLIST SystemMap security CDATA #IMPLIED>");
-    tree.Write(name, "<!DOCTYPE SystemMap SYSTEM 'x.dtd'><SystemMap security=''/>");
-    ExpectRuns(tree, "tqsmgr -f '" + name + "' -security true; cat '" + name + "'",
-               {{"", 0, kSet + "/>\n"}});
+    for (const std::string& from : {std::string(), "file://" + tree.Path(""),
+                                    "file://localhost" + tree.Path(""), "file:" + tree.Path("")}) {
+        tree.Write(name, "<!DOCTYPE SystemMap SYSTEM '" + from + "x.dtd'><SystemMap security=''/>");
+        ExpectRuns(tree, "tqsmgr -f '" + name + "' -security true; cat '" + name + "'",
+                   {{"", 0, kSet + "/>\n"}});
+    }
 }
 
 TEST(Xml, Depth) {

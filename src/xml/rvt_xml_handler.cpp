@@ -231,11 +231,12 @@ void MyContentHandler::unparsedEntityDecl(const XMLCh*, const XMLCh*, const XMLC
 }
 
 // The local path that "reference" means in the document "base"; empty for any other URL.
-static std::string LocalPath(std::string reference, const std::string& base) {
-    static constexpr std::string_view kFile = "file://";
-    if (reference.compare(0, kFile.size(), kFile) == 0) {
-        reference.erase(0, kFile.size());
-        return reference.substr(0, 1) == "/" ? reference : "";
+static std::string LocalPath(const std::string& reference, const std::string& base) {
+    for (const std::string_view form : {"file:///", "file://localhost/", "file:/"}) {
+        const size_t slash = form.size() - 1;
+        if (reference.compare(0, form.size(), form) == 0 && reference[slash + 1] != '/') {
+            return reference.substr(slash);
+        }
     }
     if (reference.find("://") != std::string::npos) {
         return "";
