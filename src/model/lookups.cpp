@@ -78,7 +78,7 @@ RVT_Node* FindCache(const RVT_Node& platform) {
     return cache;
 }
 
-RVT_Node* AttributeOf(const RVT_Node& node, std::string_view name) {
+static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
     RVT_Node_List_Elem* pos = nullptr;
     RVT_Node* attribute = node.GetFirstAttribute(pos);
     while (attribute != nullptr && !attribute->IsName(name)) {
@@ -87,13 +87,21 @@ RVT_Node* AttributeOf(const RVT_Node& node, std::string_view name) {
     return attribute;
 }
 
-RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
-    RVT_Node* attribute = AttributeOf(node, name);
+RVT_Node* AttributeOf(const RVT_Node& node, std::string_view name) {
+    return AttributeWithName(node, InternName(name));
+}
+
+static RVT_Node* FindAttributeWithName(const RVT_Node& node, NameId name) {
+    RVT_Node* attribute = AttributeWithName(node, name);
     if (attribute == nullptr) {
-        NoteError("Cannot find attribute \"%s=\" in \"%s\".", std::string(name).c_str(),
+        NoteError("Cannot find attribute \"%s=\" in \"%s\".", NameText(name).data(),
                   node.GetName().data());
     }
     return attribute;
+}
+
+RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
+    return FindAttributeWithName(node, InternName(name));
 }
 
 RVT_Node* FindPropertyValue(const RVT_Node& node, std::string_view name) {
@@ -127,10 +135,12 @@ ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_vie
     if (map == nullptr) {
         return ExitCode::kLookupFailed;
     }
+    static const NameId kName = InternName(name_tag);
+    static const NameId kValue = InternName(value_tag);
     std::array<const RVT_Node*, kMostProperties + 1> found{};
     size_t place = 0;
     for (const RVT_Node& property : ElementsEvenDeleted(*map, Property)) {
-        const RVT_Node* called = AttributeOf(property, name_tag);
+        const RVT_Node* called = AttributeWithName(property, kName);
         place = called == nullptr ? names.size() : PlaceOf(called->GetValue(), names, place + 1);
         if (found.at(place) == nullptr) {
             found.at(place) = &property;
@@ -139,7 +149,8 @@ ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_vie
     for (size_t i = 0; i < names.size(); ++i) {
         const RVT_Node* property =
             found.at(i) != nullptr ? found.at(i) : FindProperty(*map, names[i]);
-        const RVT_Node* value = property == nullptr ? nullptr : FindAttribute(*property, value_tag);
+        const RVT_Node* value =
+            property == nullptr ? nullptr : FindAttributeWithName(*property, kValue);
         if (value == nullptr) {
             return ExitCode::kLookupFailed;
         }
