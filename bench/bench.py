@@ -60,9 +60,17 @@ def from_fresh_copies(argv, made="made.xml"):
 
 
 def compare(label, ours, other, pairs=PAIRS):
-    """One row: the median ratio of ours to other, in turn. A process that the system starts counts
-    the memory of the one that started it, so that what is no larger than this script is left out."""
-    rows = [(from_fresh_copies(ours), from_fresh_copies(other)) for _ in range(pairs + 1)][1:]
+    """One row: the median ratio of ours to other, in pairs of which each begins with the other one,
+    since a virtual machine may have to be given memory that the second run finds. A process that
+    the system starts counts the memory of the one that started it, so that what is no larger than
+    this script is left out."""
+    rows = []
+    for i in range(pairs + 1):
+        runs = {}
+        for words in ((ours, other), (other, ours))[i % 2]:
+            runs[tuple(words)] = from_fresh_copies(words)
+        rows.append((runs[tuple(ours)], runs[tuple(other)]))
+    rows = rows[1:]
     wall = statistics.median(a[0] / b[0] for a, b in rows)
     processor = statistics.median(a[1] / b[1] for a, b in rows)
     memory = statistics.median(a[2] / b[2] for a, b in rows)
