@@ -251,13 +251,14 @@ static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
     if (PrintTree(in_memory, tree) != ExitCode::kOk || !in_memory.Flush()) {
         return false;
     }
-    for (const std::string& document : {text, WithReferences(text)}) {
-        std::string converted;
-        if (ConvertDocument(document, encoding, converted) && ComesBack(converted, *tree)) {
-            return WriteAll(fd, converted);
-        }
+    std::string converted;
+    bool fits = ConvertDocument(text, encoding, converted) && ComesBack(converted, *tree);
+    if (!fits) {
+        converted.clear();
+        fits = ConvertDocument(WithReferences(text), encoding, converted) &&
+               ComesBack(converted, *tree);
     }
-    return false;
+    return fits && WriteAll(fd, converted);
 }
 
 // Creates the temporary map. It is always a new file: whatever bears its name, a leftover or a
