@@ -147,12 +147,7 @@ ExitCode ModifyDuplicatePlatformNames() {
         }
         const std::string_view name = value->GetValue();
         if (names.Count(name) != 1) {
-            std::string unique = "P-" + std::string(name);
-            while (names.Count(unique) != 0) {
-                unique.insert(0, "P-");
-            }
-            names.Rename(name, unique);
-            value->SetValue(unique);
+            value->SetValue(names.Rename(name));
         }
         return ExitCode::kOk;
     });

@@ -1,5 +1,7 @@
 #include "model/uniqueness.h"
 
+#include <utility>
+
 #include "base/exit_code.h"
 #include "base/text.h"
 #include "model/lookups.h"
@@ -47,18 +49,65 @@ bool IsDuplicateName(std::string_view name) {
     return GetCountOfConsolesWithName(name) != 0;
 }
 
+namespace {
+
+// A name in lower case: how many prefixes it has, and what stands behind them.
+struct PrefixedName {
+    size_t prefixes = 0;
+    std::string rest;
+};
+
+PrefixedName TakeApart(std::string_view name) {
+    const std::string lower = ToLower(name);
+    size_t rest = 0;
+    while (lower.compare(rest, 2, "p-") == 0) {
+        rest += 2;
+    }
+    return {rest / 2, lower.substr(rest)};
+}
+
+}  // namespace
+
 NameIndex::NameIndex(const RVT_Node& map) {
-    VisitNames(map, [this](std::string_view used) { ++counts_[ToLower(used)]; });
+    VisitNames(map, [this](std::string_view used) {
+        const auto [prefixes, rest] = TakeApart(used);
+        ++families_[rest].uses[prefixes];
+    });
 }
 
 int NameIndex::Count(std::string_view name) const {
-    const auto found = counts_.find(ToLower(name));
-    return found == counts_.end() ? 0 : found->second;
+    const auto [prefixes, rest] = TakeApart(name);
+    const auto family = families_.find(rest);
+    if (family == families_.end()) {
+        return 0;
+    }
+    const auto uses = family->second.uses.find(prefixes);
+    return uses == family->second.uses.end() ? 0 : uses->second;
 }
 
-void NameIndex::Rename(std::string_view from, std::string_view to) {
-    --counts_[ToLower(from)];
-    ++counts_[ToLower(to)];
+// What was passed over once is passed over at once from then on: a name in use stays in use.
+size_t NameIndex::FirstFree(Family& family, size_t from) {
+    size_t free = from;
+    while (family.uses.count(free) != 0) {
+        free = family.next.try_emplace(free, free + 1).first->second;
+    }
+    while (from != free) {
+        from = std::exchange(family.next[from], free);
+    }
+    return free;
+}
+
+std::string NameIndex::Rename(std::string_view name) {
+    const auto [prefixes, rest] = TakeApart(name);
+    Family& family = families_[rest];
+    const size_t free = FirstFree(family, prefixes + 1);
+    --family.uses[prefixes];
+    ++family.uses[free];
+    std::string renamed;
+    for (size_t i = prefixes; i < free; ++i) {
+        renamed += "P-";
+    }
+    return renamed += name;
 }
 
 bool IsDuplicateAddress(const RVT_Node* node, std::string_view address) {

@@ -14,19 +14,28 @@
 int GetCountOfConsolesWithName(std::string_view name);
 bool IsDuplicateName(std::string_view name);
 
-// The same counts for a caller that asks for many and changes names meanwhile: an index that is
-// built once and kept true.
+// The same counts for a caller that puts prefixes "P-" before many names. Names are kept by what
+// stands behind their prefixes, so that a name that thousands have costs no more than thousands of
+// names.
 class NameIndex {
   public:
     explicit NameIndex(const RVT_Node& map);
 
     // What GetCountOfConsolesWithName returns.
     [[nodiscard]] int Count(std::string_view name) const;
-    // To be told when an element that has a name gets another.
-    void Rename(std::string_view from, std::string_view to);
+    // Renames one element that is called "name", which others are called too: as many prefixes as
+    // it takes, at least one, for a name that nobody has. Returns that.
+    std::string Rename(std::string_view name);
 
   private:
-    std::unordered_map<std::string, int> counts_;  // by name in lower case
+    // Names that differ in the number of their prefixes alone.
+    struct Family {
+        std::unordered_map<size_t, int> uses;
+        std::unordered_map<size_t, size_t> next;  // from a number in use to one that may be free
+    };
+    static size_t FirstFree(Family& family, size_t from);
+
+    std::unordered_map<std::string, Family> families_;  // by the rest of the name in lower case
 };
 
 // Whether a platform or standalone console other than "node" (null for none) has "address".
