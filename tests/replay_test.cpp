@@ -18,7 +18,7 @@ TEST(Replay, RepeatsAMixedSession) {
         {"-update cache -platform lab", 0, xml + "<Cache><!-- $(touch hacked)\nEOF\n--></Cache>"},
         {"-update cache -platform lab", 20, xml + "<Cache>\\\n`touch hacked`\n"},
         {"-update cache -platform p2", 0, xml + "<Cache/>\n" + large},
-        {"-update cache -platform lab", 20, xml + "<Cache a='b\\$'/>\n<!--\nEOF\nEOF1\n-->\\"},
+        {"-update cache -platform lab", 20, xml + "<Cache a='b\\$'/>\n<!--\nEOF\nEOF1é\n-->\\"},
         {"-remove cache -platform lab", 0}, {"-config d.conf -set a=$(touch\thacked)", 0}, {"-config d.conf -set b=\\\"1\\", 0},
         {"-security true", 0}, {"-nonotify web -add system -name c3 -platform p2 -port 2003", 0},
         {"-view kfxconf -name $HOME", 1}, {"-f other\tmap.xml -U", 20}, {"-remove platform -name lab", 0},

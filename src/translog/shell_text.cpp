@@ -55,22 +55,28 @@ std::string ShellWord(std::string_view word, bool is_program) {
     return quoted + '"';
 }
 
-// "EOF", or EOF with the first number that no line of the input equals.
+// "EOF", or EOF with the first number with which no line of the input begins: a shell in use loses
+// bytes of a line that begins like the end.
 static std::string DelimiterFor(std::string_view input) {
     static constexpr std::string_view kDelimiter = "EOF";
-    std::set<std::string_view> taken;
-    for (std::string_view rest = input; !rest.empty();) {
-        std::string_view line = TakeLine(rest);
-        line = line.substr(0, line.find('\n'));
-        if (line.substr(0, kDelimiter.size()) == kDelimiter) {
-            taken.insert(line);
+    // Longer numbers than the input has lines are never needed.
+    static constexpr size_t kMostDigits = 20;
+    std::set<std::string_view> begins;
+    while (!input.empty()) {
+        std::string_view line = TakeLine(input);
+        if (!line.starts_with(kDelimiter)) {
+            continue;
+        }
+        line.remove_prefix(kDelimiter.size());
+        for (size_t digits = 0; digits <= std::min(kMostDigits, line.size()); ++digits) {
+            begins.insert(line.substr(0, digits));
         }
     }
-    std::string delimiter(kDelimiter);
-    for (int number = 1; taken.count(delimiter) != 0; ++number) {
-        delimiter = std::string(kDelimiter) + std::to_string(number);
+    std::string number;
+    for (int next = 1; begins.count(number) != 0; ++next) {
+        number = std::to_string(next);
     }
-    return delimiter;
+    return std::string(kDelimiter) + number;
 }
 
 void AppendHereDocument(std::string_view input, std::string& text) {
