@@ -1,6 +1,7 @@
 #include "xml/rvt_node.h"
 
 #include <new>
+#include <utility>
 
 #include "base/arena.h"
 
@@ -8,13 +9,15 @@ RVT_XML_Tree rvt_xml_tree;
 
 // Any node but an attribute.
 struct RVT_Node::Listed : RVT_Node {
-    explicit Listed(RVT_NODE_TYPE type) : RVT_Node(type, type != RVT_COMMENT) {
+    explicit Listed(RVT_NODE_TYPE type) {
+        type_ = type;
+        is_listed_ = true;
+        has_attributes_ = type != RVT_COMMENT;
         if (has_attributes_) {
             attributes_ = nullptr;
         }
     }
     RVT_Node* next = nullptr;
-    RVT_Node* parent = nullptr;
     RVT_Node_List children;
 };
 
@@ -68,8 +71,8 @@ RVT_Node* RVT_Node::AddAttributes(size_t count) {
     }
     auto* all = static_cast<RVT_Node*>(arena::Allocate((had + count) * sizeof(RVT_Node)));
     for (size_t i = 0; i < had + count; ++i) {
-        auto* attribute = i < had ? new (all + i) RVT_Node(attributes_[i])
-                                  : new (all + i) RVT_Node(RVT_ATTRIBUTE, false);
+        auto* attribute =
+            i < had ? new (all + i) RVT_Node(attributes_[i]) : new (all + i) RVT_Node();
         attribute->is_followed_ = i + 1 < had + count;
     }
     attributes_ = all;
@@ -90,28 +93,23 @@ RVT_Node* RVT_Node::GetNextAttribute(RVT_Node_List_Elem*& pos) {
 }
 
 void RVT_Node::AddChild(RVT_Node* child) {
-    child->SetParent(this);
-    AsListed()->children.AddNode(child);
+    if (is_listed_) {
+        AsListed()->children.AddNode(child);
+    }
 }
 
 RVT_Node* RVT_Node::GetFirstChild(RVT_Node_List_Elem*& pos) const {
-    return AsListed()->children.GetFirstNode(pos);
+    return is_listed_ ? AsListed()->children.GetFirstNode(pos) : nullptr;
 }
 
 bool RVT_Node::HasChildren() const {
-    return !AsListed()->children.IsEmpty();
+    return is_listed_ && !AsListed()->children.IsEmpty();
 }
 
 RVT_Node_List RVT_Node::ReleaseChildren() {
-    RVT_Node_List released = AsListed()->children;
-    AsListed()->children.Empty();
+    RVT_Node_List released;
+    if (is_listed_) {
+        std::swap(released, AsListed()->children);
+    }
     return released;
-}
-
-RVT_Node* RVT_Node::GetParent() const {
-    return AsListed()->parent;
-}
-
-void RVT_Node::SetParent(RVT_Node* parent) {
-    AsListed()->parent = parent;
 }

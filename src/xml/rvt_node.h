@@ -5,7 +5,7 @@
 // children, walks still return it, and the writer leaves it out. Nodes live until the process ends.
 //
 // How nodes lie in memory is known here alone: an attribute takes 16 bytes, and the attributes of a
-// node lie side by side; any other node takes 48 and stands in one list of children at a time. A
+// node lie side by side; any other node takes 40 and stands in one list of children at a time. A
 // map has three attributes to an element, and touching memory costs a run more than parsing.
 #pragma once
 
@@ -81,7 +81,7 @@ class RVT_Node : public RVT_Node_List_Elem {
     RVT_Node* GetFirstAttribute(RVT_Node_List_Elem*& pos) const;
     static RVT_Node* GetNextAttribute(RVT_Node_List_Elem*& pos);
 
-    // Of anything but an attribute.
+    // An attribute has no children, and is given none.
     void AddChild(RVT_Node* child);
     RVT_Node* GetFirstChild(RVT_Node_List_Elem*& pos) const;
     static RVT_Node* GetNextChild(RVT_Node_List_Elem*& pos) {
@@ -92,10 +92,6 @@ class RVT_Node : public RVT_Node_List_Elem {
     // Empties the child list, for a caller that adds the children elsewhere. Returns the list.
     RVT_Node_List ReleaseChildren();
 
-    // Null for a top-level node and for an attribute.
-    [[nodiscard]] RVT_Node* GetParent() const;
-    void SetParent(RVT_Node* parent);
-
     // For the reader, which has both at hand: a name by its id, and a value that already lies in
     // memory kept for the whole run.
     void SetName(NameId name) { name_ = name; }
@@ -105,8 +101,8 @@ class RVT_Node : public RVT_Node_List_Elem {
     friend class RVT_Node_List;
     struct Listed;
 
-    RVT_Node(RVT_NODE_TYPE type, bool has_attributes)
-        : type_(type), has_attributes_(has_attributes) {}
+    // A new attribute.
+    RVT_Node() : type_(RVT_ATTRIBUTE) {}
     RVT_Node(const RVT_Node&) = default;
     [[nodiscard]] Listed* AsListed();
     [[nodiscard]] const Listed* AsListed() const;
@@ -117,8 +113,9 @@ class RVT_Node : public RVT_Node_List_Elem {
     };
     NameId name_ = 0;
     RVT_NODE_TYPE type_;
-    bool has_attributes_;       // which of the two the union holds
-    bool is_followed_ = false;  // of an attribute: another one lies behind it
+    bool has_attributes_ = false;  // which of the two the union holds
+    bool is_listed_ = false;       // no attribute
+    bool is_followed_ = false;     // of an attribute: another one lies behind it
 };
 
 // A document: its top-level nodes (XML declaration, comments, root element) in document order.
