@@ -39,12 +39,14 @@ TEST(Config, SetsAndGets) {
     }
 }
 
-// A new file, also behind a link, gets its mode; an old one keeps its own and its place.
+// A new file gets its mode; an old one keeps its own and its place, also behind a link.
 TEST(Config, ModeAndPlaceOfTheFile) {
     const Tree tree;
-    EXPECT_EQ(tree.Shell("umask 077; ln -s d link; tqsmgr -config link -set a=1; stat -c '%a %F' d; ls -i d > made").out, "770 regular file\n");
-    EXPECT_EQ(tree.Shell("chmod 604 d; tqsmgr -nonotify kfxd -config d -set b=1; stat -c '%a %F' d; ls -i d | cmp - made").out, "604 regular file\n");
+    EXPECT_EQ(tree.Shell("umask 077; ln -s d link; tqsmgr -config d -set a=1; stat -c '%a %F' d; ls -i d > made").out, "770 regular file\n");
+    EXPECT_EQ(tree.Shell("chmod 604 d; tqsmgr -nonotify kfxd -config link -set b=1; stat -c '%a %F' d; ls -i d | cmp - made").out, "604 regular file\n");
     EXPECT_EQ(tree.Read(kCalls), "kfxd update\nlrp\nlrp\n");
+    // What cannot be synced is written all the same.
+    EXPECT_EQ(tree.Shell("tqsmgr -nonotify kfxd -config /dev/null -set a=1; ls tmp").out, "");
     // Without a reader there is no waiting. The map is read first.
     EXPECT_EQ(tree.Shell("mv tmp away; tqsmgr -config d -set ''; echo $?; mv away tmp").out, "40\n");
     EXPECT_EQ(tree.Shell("mkfifo fifo; timeout -s KILL 10 tqsmgr -config fifo -set a=1").code, 40);

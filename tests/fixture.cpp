@@ -105,9 +105,11 @@ Result Tree::Shell(const std::string& command) const {
 }
 
 std::string Tree::Read(const std::string& path) const {
+    if (!fs::is_regular_file(Path(path))) {
+        return "(none)";
+    }
     std::ifstream file(Path(path), std::ios::binary);
-    return fs::is_regular_file(Path(path)) ? std::string(std::istreambuf_iterator<char>(file), {})
-                                           : "(none)";
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 void Tree::Write(const std::string& path, const std::string& content) const {

@@ -35,14 +35,14 @@ TEST(KfxConf, LinesAndSelection) {
         {"", 0, kAll}, {"-name p1", 0, kP1 + kP1b}, {"-name c1", 0, kC1 + kS1c1}, {"-name c2 -name c2", 0, kC2},
         {"-name P1", 1, "Console \"P1\" not found."}, {"-name typeless", 1, "Console \"typeless\" not found."}});
     EXPECT_FALSE(tree.Exists(kKfxConf));
-    // A new file gets the product's group and a mode of its own, also where a link leads to it; an
-    // old one keeps what it has.
-    ASSERT_EQ(tree.Shell("chgrp " + OtherGroup() + " usr/opt/tqs; ln -s new " + kKfxConf).code, 0);
+    // A new file gets the product's group and a mode of its own; an old one, also where a link
+    // leads to it, keeps what it has.
+    ASSERT_EQ(tree.Shell("chgrp " + OtherGroup() + " usr/opt/tqs").code, 0);
     const std::string write = "umask 077; tqsmgr -write kfxconf; stat -Lc '%a %g'";
     ExpectRuns(tree, write, {{kKfxConf, 0, "660 " + OtherGroup() + "\n"}});
     EXPECT_EQ(tree.Read(kKfxConf), kKfxConfHeader + kAll);
     tree.WriteMap("");
-    ExpectRuns(tree, "(cd usr/opt/tqs/config; chmod 604 new; chgrp $(id -g) new);" + write, {{kKfxConf, 0, "604 " + std::to_string(getegid()) + "\n"}});
+    ExpectRuns(tree, "(cd usr/opt/tqs/config; mv kfx.conf new; ln -s new kfx.conf; chmod 604 new; chgrp $(id -g) new);" + write, {{kKfxConf, 0, "604 " + std::to_string(getegid()) + "\n"}});
     EXPECT_EQ(tree.Read(kKfxConf), kKfxConfHeader);
 }
 

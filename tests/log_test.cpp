@@ -24,7 +24,6 @@ TEST(Log, Entries) {
     const Tree tree;
     const Result r = tree.Shell("chgrp " + OtherGroup() +
                                 R"sh( usr/opt/tqs; umask 077; yes '<a>' | head -301 >301
-        ln -s l usr/opt/tqs/logs/tqsmgr.log
         tqsmgr -security true; tqsmgr; tqsmgr -f 301 -view security
         tqsmgr -add platform -name p_1 -model M -addr 1 -port 1 2>/dev/null
         mkdir "a b"; ln -s "$(readlink path/tqsmgr)" "a b/t=q"; ./a\ b/t=q -write kfxconf

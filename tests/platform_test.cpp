@@ -108,7 +108,11 @@ TEST(Checks, LinesOfReferenceFiles) {
         {"platform 4 'model B'", 18, model}, {"platform 4 'model hash'", 18, model},
         {"platform 4 'model no'", 18, model}, {"system 5 'type LINUX'", 0}, {"system 6 'type last'", 0},
         {"system 7 'type bare'", 17, type}, {"system 7 'type bare\n'", 17, type}, {"system 7 'type #'", 17, type}});
-    ASSERT_EQ(tree.Shell("rm -r " + kModels + " " + kEvents).code, 0);
+    ASSERT_EQ(tree.Shell("rm -r " + kModels + " " + kEvents + "; mkfifo " + kModels).code, 0);
+    // A file that comes in pieces, then none.
+    ExpectRuns(tree, "exec 7<>" + kModels + "; printf '#\\nS|M1' >&7; { sleep 0.1; echo 00 >&7; } & exec 7>&-; " + add, {
+        {"platform 7 'model M100'", 26, "Event file \"\" not found."}});
+    tree.Remove(kModels);
     ExpectRuns(tree, add, {
         {"platform 7 'model X9'", 18, "cannot open " + kModels + " : No such file or directory\ntqsmgr: " + model},
         {"system 7 'type last'", 26, "Event file \"\" not found."}});

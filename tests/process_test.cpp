@@ -18,13 +18,30 @@ TEST(Lock, IsWaitedFor) {
         exec 9>&-; wait; echo $(grep -c true $M) $(wc -c <$L)
         mkfifo in; tqsmgr -update cache -platform none <in & exec 3>in; sleep 0.15
         [ "$(cat $L)" = $! ] && echo own; exec 3>&-; wait; wc -c <$L
-        chgrp $G usr/opt/tqs; rm $L; ln -s new $L; umask 077; tqsmgr -view security; stat -Lc '%a %g' $L)sh");
+        chgrp $G usr/opt/tqs; rm $L; umask 077; tqsmgr -view security; stat -Lc '%a %g' $L)sh");
     EXPECT_EQ(r.out, "143 stale 0\n0\n1 0\nown\n0\ntrue\n660 " + OtherGroup() + "\n") << r.err;
     tree.Remove(kLock);
     tree.Remove("in");
     std::filesystem::create_directory(tree.Path(kLock));
     const std::string message = "Cannot open lock file \"" + kLock + "\".";
     ExpectRuns(tree, "tqsmgr", {{"-security false", 43, message}});
+}
+
+// What a run was told of the map is no longer true once its lock file is another one, or none.
+TEST(Lock, IsLookedAtAgain) {
+    const Tree tree;
+    tree.Write("c", "a=1\n");
+    tree.Write("n", "new lock");
+    const Result r = tree.Shell(kHeld + R"sh(exec 8<&-
+        for words in "-security true" "-write kfxconf" "-config c -set a=2" "-config d -set a=2"; do
+            rm -f in; mkfifo in; exec 3<>in; : >$L; tqsmgr -f in $words 3<&- &
+            until [ -s $L ]; do sleep 0.01; done
+            rm $L; [ "$words" = "-write kfxconf" ] && mv n $L; cat $M >&3; exec 3<&-; wait $!; echo $?
+        done; cat c; ls)sh");
+    EXPECT_EQ(r.out, "43\n43\n43\n43\na=1\nc\netc\nin\npath\nstdin\ntmp\nusr\n");
+    const std::string line = "tqsmgr: Lock file \"" + kLock + "\" was removed or replaced.\n";
+    EXPECT_EQ(r.err, line + line + line + line);
+    EXPECT_FALSE(tree.Exists(kKfxConf));
 }
 
 TEST(Notification, FollowsTheAction) {
@@ -79,6 +96,20 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
     EXPECT_EQ(tree.Read("fds").find(kProduct), std::string::npos) << tree.Read("fds");
 }
 
+// Two that overlap: the first amends its entry before the second does, whose entry has been moved
+// by that and then by a rotation.
+TEST(Notification, FailuresOfOverlappingRuns) {
+    const Tree tree;
+    tree.Write(kProduct + "bin/notifyweb", R"sh(#!/bin/sh
+        wait_for() { until [ "$(grep -c "$1" $L)" = $2 ]; do sleep 0.01; done; }
+        if mkdir first; then wait_for 'EXIT CODE' 2; exit 1; fi
+        wait_for 'ERROR MESSAGE' 1; head -c 1048576 /dev/zero >>$L; tqsmgr -h; exit 2)sh");
+    const Result r = tree.Shell("export L=" + kLog + "; " + kAdd + R"sh( &
+        until [ -d first ]; do sleep 0.01; done; tqsmgr -remove system -name c; wait
+        grep -Eao '^tqsmgr -[a-z]+|exited with ..' $L.old)sh");
+    EXPECT_EQ(r.out, "tqsmgr -add\nexited with 1.\ntqsmgr -remove\nexited with 2.\n") << r.err;
+}
+
 // While one hangs, other runs go on; an interrupt from the terminal ends it alone.
 TEST(Notification, HangsAndHoldsNobodyUp) {
     const Tree tree;
@@ -109,6 +140,19 @@ TEST(Streams, LostOutput) {
     ExpectRuns(tree, "tqsmgr", {{"-view kfxconf >/dev/full", 0}});
 }
 
+// Output that nobody reads holds up the run that prints it alone, and that one can be ended, as one
+// can that waits for a file.
+TEST(Streams, HoldNobodyUp) {
+    const Tree tree;
+    const Result r = tree.Shell(kAdd + R"sh(
+        echo a=1 >c; mkfifo p in; exec 5<>p 6<>in; head -c 65536 /dev/zero >&5
+        for words in "-view security" "-view kfxconf" "-config c -get a" "-remove system -name d"; do
+            tqsmgr $words >&5 2>&1 & sleep 0.1; tqsmgr -security true; echo $?; kill $!; wait $!; echo $?
+        done
+        tqsmgr -config in -get a & sleep 0.1; kill $!; wait $!; echo $?)sh");
+    EXPECT_EQ(r.out, "0\n143\n0\n143\n0\n143\n0\n143\n143\n");
+}
+
 TEST(Streams, ClosedAtTheStart) {
     std::map<std::string, std::string> whole;
     for (const char* closed : {"", "0<&-", "1>&-", "2>&-", "0<&- 1>&- 2>&-"}) {
@@ -127,4 +171,29 @@ TEST(Files, FullDisk) {
     tree.WriteMap("    <!--" + std::string(300000, 'x') + "-->\n");
     ExpectRuns(tree, "ulimit -f 400; tqsmgr",
                {{"-security true", 41, "Cannot write to \"" + kMap + ".tmp\"."}});
+}
+
+// A link is followed for root and for whose it is, but nothing is created through one.
+TEST(Files, Links) {
+    const std::string conf = "Cannot open \"" + kKfxConf + "\".";
+    const std::map<std::string, Case> cases = {
+        {kLock, {"-security true", 43, "Cannot open lock file \"" + kLock + "\"."}},
+        {kLog, {"-security true", 40, "Cannot open " + kLog}},
+        {kKfxConf, {"-write kfxconf", 40, conf}},
+        {"c", {"-config c -set a=1", 40, "Cannot open \"c\"."}}};
+    for (const auto& [path, refused] : cases) {
+        const Tree tree;
+        tree.Write("target", "old");
+        EXPECT_EQ(tree.Shell("ln -s $PWD/target link; ln -s $PWD/link " + path).code, 0);
+        ExpectRuns(tree, "tqsmgr", {{refused.words, 0}});
+        EXPECT_NE(tree.Read("target"), "old");
+        tree.Remove("target");
+        ExpectRuns(tree, "tqsmgr", {refused});
+        EXPECT_FALSE(tree.Exists("target"));
+        tree.Write("target", "old");
+        if (tree.Shell("chown -h 1 link").code == 0) {
+            ExpectRuns(tree, "tqsmgr", {refused});
+            EXPECT_EQ(tree.Read("target"), "old");
+        }
+    }
 }

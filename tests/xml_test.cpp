@@ -77,6 +77,18 @@ TEST(Xml, Rewritten) {
 
 // The value of one attribute, alone or behind b="", as it is read and as it is written. Behind the
 // name of the element stand 6 columns, so that an attribute which takes up to 71 stays on the line.
+// More than any buffer or block of memory holds.
+TEST(Xml, LargeMap) {
+    const Tree tree;
+    std::string inside;
+    for (int i = 0; i < 100000; ++i) {
+        inside += "    <Platform ID=\"" + std::to_string(i) + "\"/>\n";
+    }
+    tree.WriteMap(inside);
+    ExpectRuns(tree, "tqsmgr", {{"-security true", 0}});
+    EXPECT_TRUE(tree.Read(kMap) == MapText(inside, R"(serial="1" security="true" version="3.0")"));
+}
+
 TEST(Xml, WrapAndCut) {
     const auto v = [](size_t count) { return std::string(count, 'v'); };
     struct Value {

@@ -1,6 +1,5 @@
 #include "base/calls.h"
 
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -9,8 +8,8 @@
 
 namespace calls {
 
-int Open(const char* path, int flags, mode_t mode) {
-    return open(path, flags | O_CLOEXEC, mode);
+int Open(int folder, const char* path, int flags, mode_t mode) {
+    return openat(folder, path, flags | O_CLOEXEC, mode);
 }
 
 int Mkstemp(char* path_template) {
@@ -23,10 +22,6 @@ int Close(int fd) {
 
 ssize_t Read(int fd, void* buffer, size_t size) {
     return read(fd, buffer, size);
-}
-
-ssize_t Pread(int fd, void* buffer, size_t size, off_t offset) {
-    return pread(fd, buffer, size, offset);
 }
 
 ssize_t Write(int fd, const void* data, size_t size) {
@@ -73,12 +68,16 @@ int Fstat(int fd, struct stat* status) {
     return fstat(fd, status);
 }
 
-int Rename(const char* from, const char* to) {
-    return rename(from, to);
+ssize_t Readlink(int link, char* buffer, size_t size) {
+    return readlinkat(link, "", buffer, size);
 }
 
-int Unlink(const char* path) {
-    return unlink(path);
+int Rename(int folder, const char* from, const char* to) {
+    return renameat(folder, from, folder, to);
+}
+
+int Unlink(int folder, const char* path) {
+    return unlinkat(folder, path, 0);
 }
 
 }  // namespace calls

@@ -1,11 +1,18 @@
 #include "base/error.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <string>
+
+#include "base/files.h"
 
 char rvt_err_msg[kErrorMessageSize];
+
+static std::string complaints;
 
 ExitCode Fail(ExitCode code, const char* format, ...) {
     va_list values;
@@ -29,4 +36,13 @@ ExitCode FailWithErrno(ExitCode code) {
 
 void ClearError() {
     rvt_err_msg[0] = '\0';
+}
+
+void Complain(std::string_view text) {
+    complaints += text;
+}
+
+void PrintComplaints() {
+    static_cast<void>(WriteAll(STDERR_FILENO, complaints));
+    complaints.clear();
 }

@@ -1,6 +1,11 @@
-// The message of the failure that ends the run. A failing step fills it once and hands its code
-// upwards; nobody above adds to it. Only RVTExit prints it.
+// What a run has to say: the message of the failure that ends it, and the text for standard error.
+//
+// A failing step fills the message once and hands its code upwards; nobody above adds to it. Text
+// for standard error is kept and printed last, when the run holds no lock any more: whoever reads
+// it, or does not, holds up nobody but this run.
 #pragma once
+
+#include <string_view>
 
 #include "base/exit_code.h"
 
@@ -21,3 +26,9 @@ ExitCode FailWithErrno(ExitCode code);
 
 // Empties the message.
 void ClearError();
+
+// Keeps "text", whole lines, for standard error.
+void Complain(std::string_view text);
+
+// Prints what was kept, in its order; what cannot be printed is lost.
+void PrintComplaints();

@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
+#include <optional>
 
 #include "base/calls.h"
 #include "base/error.h"
@@ -24,43 +27,152 @@ bool FileDescriptor::Close() {
     return fd < 0 || calls::Close(fd) == 0;
 }
 
-FileDescriptor OpenForReading(const char* path) {
-    FileDescriptor file(calls::Open(path, O_RDONLY | O_NONBLOCK));
+static Place PlaceIn(int folder, const std::string& path) {
+    const size_t slash = path.rfind('/');
+    const bool is_plain = slash == std::string::npos;
+    const std::string parent = is_plain ? "." : path.substr(0, slash + 1);
+    return {FileDescriptor(calls::Open(folder, parent.c_str(), O_PATH | O_DIRECTORY)),
+            is_plain ? path : path.substr(slash + 1)};
+}
+
+Place PlaceOf(const std::string& path) {
+    return PlaceIn(calls::kHere, path);
+}
+
+static FileDescriptor OpenPlace(const Place& place, int flags) {
+    return FileDescriptor(
+        calls::Open(place.folder.get(), place.name.c_str(), flags | O_NOFOLLOW | O_NONBLOCK));
+}
+
+// A pipe was opened without waiting for a writer, but one that is still at work must be waited for.
+static void WaitForData(const FileDescriptor& file) {
     if (file.IsOpen()) {
-        // A pipe whose writer is still at work must be waited for.
         static_cast<void>(calls::SetFlags(file.get(), 0));
+    }
+}
+
+FileDescriptor OpenForReading(const char* path) {
+    FileDescriptor file(calls::Open(calls::kHere, path, O_RDONLY | O_NONBLOCK));
+    WaitForData(file);
+    return file;
+}
+
+// Goes from a symbolic link to where it leads; the link that is looked at is the one that is read.
+// A place that is no link any more stays.
+static bool FollowLink(Place& place) {
+    const FileDescriptor link = OpenPlace(place, O_PATH);
+    struct stat status {};
+    if (!link.IsOpen() || calls::Fstat(link.get(), &status) != 0) {
+        return false;
+    }
+    if (!S_ISLNK(status.st_mode)) {
+        return true;
+    }
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = status.st_uid == 0 || status.st_uid == geteuid()
+                               ? calls::Readlink(link.get(), target.data(), target.size())
+                               : -1;
+    if (length <= 0) {
+        errno = ELOOP;
+        return false;
+    }
+    place = PlaceIn(place.folder.get(), std::string(target.data(), static_cast<size_t>(length)));
+    return place.folder.IsOpen();
+}
+
+// Creates the file exclusively. In a folder that hands down the product's group it has its final
+// mode from the first moment, so that a run that is killed here locks nobody out; elsewhere it is
+// for its owner alone until it has its group, so that nobody reads what he may not.
+static FileDescriptor Create(int folder, const std::string& name, int flags, mode_t mode,
+                             ExitCode& given) {
+    struct stat product {};
+    struct stat parent {};
+    const bool has_product = calls::Stat(paths::kProductDir, &product) == 0;
+    const bool is_handed_down = has_product && calls::Fstat(folder, &parent) == 0 &&
+                                (parent.st_mode & S_ISGID) != 0 && parent.st_gid == product.st_gid;
+    const mode_t mask = umask(0);
+    const mode_t first = !has_product ? mode & ~mask : is_handed_down ? mode : mode & S_IRWXU;
+    FileDescriptor file(
+        calls::Open(folder, name.c_str(), flags | O_CREAT | O_EXCL | O_NONBLOCK, first));
+    umask(mask);
+    const bool is_given =
+        !file.IsOpen() || !has_product ||
+        (calls::Fchown(file.get(), product.st_gid) == 0 && calls::Fchmod(file.get(), mode) == 0);
+    given = is_given ? ExitCode::kOk : FailWithErrno(ExitCode::kWriteFailed);
+    return file;
+}
+
+// Opens "path", or creates it where "mode" is given and nothing stands there.
+static OpenedFile OpenTrusted(const std::string& path, int flags, std::optional<mode_t> mode) {
+    // As many links as the system would follow, and names that change meanwhile.
+    static constexpr int kMostSteps = 40;
+    OpenedFile file;
+    file.place = PlaceOf(path);
+    bool is_behind_link = false;
+    for (int step = 0; step < kMostSteps && file.place.folder.IsOpen(); ++step) {
+        file.fd = OpenPlace(file.place, flags);
+        if (file.fd.IsOpen()) {
+            return file;
+        }
+        if (errno == ELOOP) {
+            is_behind_link = true;
+            if (!FollowLink(file.place)) {
+                return file;
+            }
+        } else if (errno == ENOENT && mode.has_value() && !is_behind_link) {
+            file.fd = Create(file.place.folder.get(), file.place.name, flags, *mode, file.given);
+            file.created = file.fd.IsOpen();
+            if (file.created || errno != EEXIST) {
+                return file;
+            }
+        } else {
+            return file;
+        }
     }
     return file;
 }
 
-OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode) {
-    flags |= O_NONBLOCK;
-    struct stat status {};
-    if (calls::Stat(path, &status) == 0) {
-        FileDescriptor present(calls::Open(path, flags));
-        // Another run may have moved it away meanwhile.
-        if (present.IsOpen() || errno != ENOENT) {
-            return {std::move(present), false};
-        }
+OpenedFile OpenProductFile(const std::string& path, int flags) {
+    OpenedFile file = OpenTrusted(path, flags, std::nullopt);
+    if ((flags & O_ACCMODE) == O_RDONLY) {
+        WaitForData(file.fd);
     }
-    FileDescriptor created(calls::Open(path, flags | O_CREAT | O_EXCL, mode));
-    if (created.IsOpen() || errno != EEXIST) {
-        return {std::move(created), true};
-    }
-    // Either another run was quicker, or a symbolic link leads to a file that is still missing.
-    const bool missing = calls::Stat(path, &status) != 0;
-    return {FileDescriptor(calls::Open(path, flags | O_CREAT, mode)), missing};
+    return file;
 }
 
-ExitCode GiveToProductGroup(int fd, mode_t mode) {
-    struct stat product {};
-    if (calls::Stat(paths::kProductDir, &product) != 0) {
-        return ExitCode::kOk;
+OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode) {
+    return OpenTrusted(path, flags, mode);
+}
+
+bool Replacement::Create(mode_t mode) {
+    const int folder = target_.folder.get();
+    if (!target_.folder.IsOpen() ||
+        (calls::Unlink(folder, name_.c_str()) != 0 && errno != ENOENT)) {
+        return false;
     }
-    if (calls::Fchown(fd, product.st_gid) != 0 || calls::Fchmod(fd, mode) != 0) {
-        return FailWithErrno(ExitCode::kWriteFailed);
+    fd_ = ::Create(folder, name_, O_WRONLY, mode, given_);
+    return fd_.IsOpen();
+}
+
+bool Replacement::Sync() {
+    return calls::Fsync(fd_.get()) == 0 && fd_.Close();
+}
+
+bool Replacement::TakeOver() {
+    const int folder = target_.folder.get();
+    if (calls::Rename(folder, name_.c_str(), target_.name.c_str()) != 0) {
+        return false;
     }
-    return ExitCode::kOk;
+    // The name is the new file's by now, so a folder that cannot be synced is no failure.
+    const FileDescriptor synced(calls::Open(folder, ".", O_RDONLY | O_DIRECTORY));
+    if (synced.IsOpen()) {
+        static_cast<void>(calls::Fsync(synced.get()));
+    }
+    return true;
+}
+
+void Replacement::Discard() {
+    static_cast<void>(calls::Unlink(target_.folder.get(), name_.c_str()));
 }
 
 bool IsSameFile(int fd, const char* path) {
@@ -73,6 +185,11 @@ bool IsSameFile(int fd, const char* path) {
 off_t SizeOf(int fd) {
     struct stat status {};
     return calls::Fstat(fd, &status) == 0 ? status.st_size : -1;
+}
+
+bool ReserveBehindEnd(int fd, off_t size) {
+    return calls::Reserve(fd, SizeOf(fd), size) == 0 ||
+           (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
 }
 
 ssize_t ReadOnce(int fd, void* buffer, size_t size) {
@@ -88,6 +205,17 @@ bool ReadToEnd(int fd, std::string& text) {
     ssize_t got = 0;
     while ((got = ReadOnce(fd, piece.data(), piece.size())) > 0) {
         text.append(piece.data(), static_cast<size_t>(got));
+    }
+    return got == 0;
+}
+
+bool CopyAll(int from, int to) {
+    std::array<char, 65536> piece;
+    ssize_t got = 0;
+    while ((got = ReadOnce(from, piece.data(), piece.size())) > 0) {
+        if (!WriteAll(to, {piece.data(), static_cast<size_t>(got)})) {
+            return false;
+        }
     }
     return got == 0;
 }
@@ -123,19 +251,19 @@ static bool WriteAllAt(int fd, std::string_view text, off_t offset) {
     });
 }
 
-bool ReplaceTail(int fd, off_t offset, std::string_view tail) {
-    const off_t old_end = SizeOf(fd);
-    if (old_end < offset) {
+bool WriteOver(int fd, std::string_view text) {
+    const off_t old_size = SizeOf(fd);
+    if (old_size < 0) {
         return false;
     }
-    const off_t new_end = offset + static_cast<off_t>(tail.size());
-    const size_t within = static_cast<size_t>(std::min(old_end, new_end) - offset);
-    if (!WriteAllAt(fd, tail.substr(within), old_end)) {
+    const size_t within = std::min(static_cast<size_t>(old_size), text.size());
+    if (!WriteAllAt(fd, text.substr(within), old_size)) {
         const int cause = errno;
-        static_cast<void>(calls::Ftruncate(fd, old_end));
+        static_cast<void>(calls::Ftruncate(fd, old_size));
         errno = cause;
         return false;
     }
-    return WriteAllAt(fd, tail.substr(0, within), offset) &&
-           (new_end >= old_end || calls::Ftruncate(fd, new_end) == 0);
+    const bool shrinks = within < static_cast<size_t>(old_size);
+    return WriteAllAt(fd, text.substr(0, within), 0) &&
+           (!shrinks || calls::Ftruncate(fd, static_cast<off_t>(text.size())) == 0);
 }

@@ -1,6 +1,9 @@
 // What the program does with files beyond a single call: descriptors that close themselves, whole
-// reads and writes, creation by the product's rule, and replacing the end of a file without ever
-// losing it.
+// reads and writes, opening what may be opened, creation by the product's rule, and writing over a
+// file without ever losing it.
+//
+// Other users can rename and plant names in the product's folders, so nothing is created through a
+// symbolic link, and a link is followed only when root or the user that runs has made it.
 #pragma once
 
 #include <sys/types.h>
@@ -32,32 +35,81 @@ class FileDescriptor {
     int fd_ = -1;
 };
 
-// An open file, and whether this call created it.
+// A name in a folder that is held open, so that whatever the folder's path comes to mean, all that
+// is done with the name is done in one place.
+struct Place {
+    FileDescriptor folder;
+    std::string name;
+};
+
+// The place of "path"; a link of that name is not followed. The folder is not open, with errno,
+// when there is no such folder.
+Place PlaceOf(const std::string& path);
+
+// An open file of the product.
 struct OpenedFile {
     FileDescriptor fd;
-    bool created = false;
+    Place place;                     // where it lies, behind the links that led there
+    bool created = false;            // by this call
+    ExitCode given = ExitCode::kOk;  // kWriteFailed with the system's text when what was created
+                                     // could not be given its group or mode
 };
 
 // Opens "path" for reading. A FIFO without a writer reads as empty instead of blocking the run.
 // Not open, with errno, on failure.
 FileDescriptor OpenForReading(const char* path);
 
-// Opens "path" with "flags" (O_WRONLY or O_RDWR and so on), creating it with "mode" less the umask
-// where it is missing. Only the run whose call creates the file sees "created", also when several
-// start at once. A FIFO without a reader is refused instead of blocking the run. Not open, with
-// errno, on failure.
-OpenedFile OpenOrCreate(const char* path, int flags, mode_t mode);
+// Opens the lock, the log, kfx.conf or a -config file with "flags" (O_WRONLY and so on). A symbolic
+// link in its place, and each that follows, must belong to root or to the user that runs. A FIFO
+// without a reader is refused instead of blocking the run. Not open, with errno, on failure.
+OpenedFile OpenProductFile(const std::string& path, int flags);
 
-// The product's rule for files that a run creates: when the product directory exists, the file
-// behind "fd" gets that directory's group and then the mode "mode". kWriteFailed with the system's
-// text when either is refused.
-ExitCode GiveToProductGroup(int fd, mode_t mode);
+// The same, but a missing file is created with the product's group and "mode", unless a link leads
+// there. Only the run whose call creates the file sees "created", also when several start at once.
+OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode);
+
+// A new file that is written beside another one and then takes its name. The other one is there,
+// whole, until that moment.
+//
+//     Replacement next(place, ".tmp");
+//     if (!next.Create(0660) || !WriteAll(next.fd(), text) || !next.Sync() || !next.TakeOver()) {
+//         ... the old file stands; the new one is left beside it unless it is discarded ...
+//     }
+class Replacement {
+  public:
+    // A new file for "target", which must stay; its name is the target's and "suffix".
+    Replacement(const Place& target, std::string_view suffix)
+        : target_(target), name_(target.name + std::string(suffix)) {}
+
+    // Creates the file with the product's group and "mode", which given() tells of; what bears its
+    // name, a leftover or a planted link, goes first. This and the others are false, with errno, on
+    // failure.
+    [[nodiscard]] bool Create(mode_t mode);
+    [[nodiscard]] ExitCode given() const { return given_; }
+    [[nodiscard]] int fd() const { return fd_.get(); }
+
+    // Brings what was written to the disk and closes the file.
+    [[nodiscard]] bool Sync();
+    // Gives the file the target's name; through a power failure, where the file system can.
+    [[nodiscard]] bool TakeOver();
+    void Discard();
+
+  private:
+    const Place& target_;
+    std::string name_;
+    FileDescriptor fd_;
+    ExitCode given_ = ExitCode::kOk;
+};
 
 // Whether "path" names the file that is open as "fd".
 bool IsSameFile(int fd, const char* path);
 
 // Size in bytes of the file open as "fd"; -1, with errno, when it cannot be told.
 off_t SizeOf(int fd);
+
+// Reserves room behind the end of the file open as "fd" for "size" bytes. False when the disk or a
+// limit refuses it; a file system that cannot reserve is no refusal.
+bool ReserveBehindEnd(int fd, off_t size);
 
 // Reads once from "fd", again when a signal interrupts it: the number of bytes, 0 at the end, or
 // -1, with errno.
@@ -67,10 +119,13 @@ ssize_t ReadOnce(int fd, void* buffer, size_t size);
 // holds what came before it.
 bool ReadToEnd(int fd, std::string& text);
 
+// Copies what is left to read from "from" to "to". False, with errno, on failure.
+bool CopyAll(int from, int to);
+
 // Writes all of "text" at the descriptor's position. False, with errno, when that is impossible.
 bool WriteAll(int fd, std::string_view text);
 
-// Makes "tail" the content of the file from "offset" to its end. "fd" must not be open for
-// appending. What lies behind the old end is written first, so a disk without room for it leaves
-// the file as it was. False, with errno, on failure.
-bool ReplaceTail(int fd, off_t offset, std::string_view tail);
+// Makes "text" the content of the file open as "fd", in place. What lies behind the old end is
+// written first, so a disk without room for it leaves the file as it was. False, with errno, on
+// failure.
+bool WriteOver(int fd, std::string_view text);

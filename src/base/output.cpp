@@ -6,7 +6,6 @@
 
 #include "base/error.h"
 #include "base/files.h"
-#include "base/process.h"
 
 void Output::PutSpaces(size_t count) {
     static constexpr std::string_view kBlanks = "                                ";
@@ -43,7 +42,6 @@ ExitCode LostOutput(const char* name) {
 }
 
 ExitCode Print(std::string_view text) {
-    const TerminationAllowed while_waiting;
     return WriteAll(STDOUT_FILENO, text) ? ExitCode::kOk : LostOutput("standard output");
 }
 

@@ -44,16 +44,22 @@ void PrepareProcess() {
         sigaction(d.signal, &ours, &d.given);
     }
     sigprocmask(SIG_BLOCK, nullptr, &given_mask);
-    HoldTermination();
 }
 
-void HoldTermination() {
+// Blocks the termination signals and returns the mask that was in force.
+static sigset_t BlockTermination() {
     sigset_t held;
+    sigset_t before;
     sigemptyset(&held);
     for (const int signal : kTermination) {
         sigaddset(&held, signal);
     }
-    sigprocmask(SIG_BLOCK, &held, nullptr);
+    sigprocmask(SIG_BLOCK, &held, &before);
+    return before;
+}
+
+void HoldTermination() {
+    static_cast<void>(BlockTermination());
 }
 
 void AllowTermination() {
@@ -78,7 +84,7 @@ int RunShellCommand(const char* command) {
     // The child must see the dispositions as given, so they change here only once it runs; until
     // then an interrupt waits. It makes nothing but system calls, so it may run in this process's
     // memory: a copy of a large map's would cost more than the shell.
-    HoldTermination();
+    const sigset_t mask = BlockTermination();
     const pid_t child = vfork();
     if (child == 0) {
         BecomeShell(command);
@@ -88,13 +94,13 @@ int RunShellCommand(const char* command) {
     struct sigaction quit {};
     sigaction(SIGINT, &ignored, &interrupt);
     sigaction(SIGQUIT, &ignored, &quit);
-    AllowTermination();
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
     int status = -1;
     while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    HoldTermination();
+    static_cast<void>(BlockTermination());
     sigaction(SIGINT, &interrupt, nullptr);
     sigaction(SIGQUIT, &quit, nullptr);
-    AllowTermination();
+    sigprocmask(SIG_SETMASK, &mask, nullptr);
     return status;
 }

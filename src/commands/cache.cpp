@@ -34,13 +34,10 @@ static ExitCode CheckIsReadable(const RVT_Node& cache) {
     std::string text;
     Output out(text);
     out.Put("<SystemMap><Platform>\n");
-    const ExitCode code = PrintNodes(out, cache, kDepthInMap);
+    static_cast<void>(PrintNodes(out, cache, kDepthInMap));
     out.Put("</Platform></SystemMap>\n");
-    if (code != ExitCode::kOk || !out.Flush()) {
-        return code;
-    }
-    const int result = CheckXMLText(text, "new cache");
-    return result == 0 ? ExitCode::kOk : ExitCode::kNotWellFormed;
+    const bool is_readable = out.Flush() && CheckXMLText(text, "new cache") == 0;
+    return is_readable ? ExitCode::kOk : ExitCode::kNotWellFormed;
 }
 
 ExitCode UpdateCache(const std::string& platform_name, RVT_XML_Tree* cache_document) {

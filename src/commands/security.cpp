@@ -1,9 +1,6 @@
 #include "commands/security.h"
 
-#include <unistd.h>
-
 #include "base/error.h"
-#include "base/output.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
@@ -27,8 +24,11 @@ ExitCode SetSecurity(const std::string& value) {
     return code;
 }
 
-ExitCode ViewSecurity() {
+ExitCode ViewSecurity(std::string& line) {
     RVT_Node* security = nullptr;
     const ExitCode code = FindSecurity(security);
-    return code == ExitCode::kOk ? PrintLine(security->GetValue()) : code;
+    if (code == ExitCode::kOk) {
+        line = std::string(security->GetValue()) + '\n';
+    }
+    return code;
 }

@@ -9,6 +9,5 @@
 // "Cannot find the \"security\" attribute for SystemMap."
 ExitCode SetSecurity(const std::string& value);
 
-// Prints it on standard output, as stored. kIncompleteMap as above; kWriteFailed "Write failed for
-// \"%s\"." when the output is lost.
-ExitCode ViewSecurity();
+// Sets "line" to it, as stored, and a line end. kIncompleteMap as above.
+ExitCode ViewSecurity(std::string& line);

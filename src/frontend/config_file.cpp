@@ -11,10 +11,10 @@
 #include "base/calls.h"
 #include "base/error.h"
 #include "base/files.h"
-#include "base/output.h"
 #include "base/paths.h"
 #include "base/text.h"
 #include "frontend/options.h"
+#include "run/map_lock.h"
 
 static ExitCode CannotOpen(const std::string& path) {
     return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", path.c_str());
@@ -25,8 +25,8 @@ static ExitCode CannotWrite(const std::string& path) {
 }
 
 static ExitCode ReadWholeFile(const std::string& path, std::string& text) {
-    const FileDescriptor file = OpenForReading(path.c_str());
-    return file.IsOpen() && ReadToEnd(file.get(), text) ? ExitCode::kOk : CannotOpen(path);
+    const OpenedFile file = OpenProductFile(path, O_RDONLY);
+    return file.fd.IsOpen() && ReadToEnd(file.fd.get(), text) ? ExitCode::kOk : CannotOpen(path);
 }
 
 // "variable=" from an argument "variable=value"; empty when there is no variable name.
@@ -58,28 +58,29 @@ static std::string WithVariable(std::string_view text, const std::string& key,
     return changed;
 }
 
-// Room on the disk for a file that grows to "size". A file system that cannot reserve room is no
-// error: the growth is then written first, before any of the old text.
-static bool HasRoom(int fd, size_t size) {
-    const off_t growth = static_cast<off_t>(size) - SizeOf(fd);
-    return growth <= 0 || calls::Reserve(fd, SizeOf(fd), growth) == 0 ||
-           (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
+// Whether the file's text is on the disk; what cannot be synced, a device for one, is none.
+static bool IsSynced(int fd) {
+    return calls::Fsync(fd) == 0 || errno == EINVAL || errno == EROFS || errno == ENOTSUP;
 }
 
 // Replaces the content of the file in place. "changed" says whether the old text may be gone when
 // this fails.
 static ExitCode RewriteFile(const std::string& path, const std::string& text, bool& changed) {
-    FileDescriptor file(calls::Open(path.c_str(), O_WRONLY | O_NONBLOCK));
-    if (!file.IsOpen()) {
+    OpenedFile file = OpenProductFile(path, O_WRONLY);
+    if (!file.fd.IsOpen()) {
         return CannotOpen(path);
     }
-    if (!HasRoom(file.get(), text.size())) {
+    const int fd = file.fd.get();
+    const off_t growth = static_cast<off_t>(text.size()) - SizeOf(fd);
+    if (growth > 0 && !ReserveBehindEnd(fd, growth)) {
         return CannotWrite(path);
     }
+    if (const ExitCode code = BeginChange(); code != ExitCode::kOk) {
+        return code;
+    }
     changed = true;
-    const bool written =
-        ReplaceTail(file.get(), 0, text) && calls::Fsync(file.get()) == 0 && file.Close();
-    return written ? ExitCode::kOk : CannotWrite(path);
+    return WriteOver(fd, text) && IsSynced(fd) && file.fd.Close() ? ExitCode::kOk
+                                                                  : CannotWrite(path);
 }
 
 // Sets the variable in the file, whose content is "old", by way of a complete copy.
@@ -104,23 +105,28 @@ static ExitCode RewriteWithCopy(const std::string& path, std::string_view old,
         code = RewriteFile(path, text, changed);
     }
     if (code == ExitCode::kOk || !changed) {
-        static_cast<void>(calls::Unlink(copy_path.c_str()));
+        static_cast<void>(calls::Unlink(calls::kHere, copy_path.c_str()));
     }
     return code;
 }
 
-// Fills a file that was missing.
-static ExitCode FillNewFile(FileDescriptor file, const std::string& path,
-                            const std::string& argument) {
-    if (!file.IsOpen()) {
+// Creates the file, which is missing. "appeared" tells that it is there by now, and was left alone.
+static ExitCode CreateFile(const std::string& path, const std::string& argument, bool& appeared) {
+    if (const ExitCode code = BeginChange(); code != ExitCode::kOk) {
+        return code;
+    }
+    OpenedFile file = OpenOrCreate(path, O_WRONLY, 0770);
+    appeared = file.fd.IsOpen() && !file.created;
+    if (!file.fd.IsOpen()) {
         return CannotOpen(path);
     }
-    ExitCode code = GiveToProductGroup(file.get(), 0770);
-    if (code == ExitCode::kOk && !(WriteAll(file.get(), argument + '\n') && file.Close())) {
+    ExitCode code = file.given;
+    if (file.created && code == ExitCode::kOk &&
+        !(WriteAll(file.fd.get(), argument + '\n') && file.fd.Close())) {
         code = CannotWrite(path);
     }
     if (code != ExitCode::kOk) {
-        static_cast<void>(calls::Unlink(path.c_str()));
+        static_cast<void>(calls::Unlink(file.place.folder.get(), file.place.name.c_str()));
     }
     return code;
 }
@@ -130,10 +136,10 @@ ExitCode WriteConfigFile() {
     const std::string& argument = options.set_kfxd_conf_value;
     struct stat status {};
     if (calls::Stat(path.c_str(), &status) != 0 && errno == ENOENT) {
-        OpenedFile file = OpenOrCreate(path.c_str(), O_WRONLY, 0666);
-        // It may have appeared meanwhile.
-        if (file.created || !file.fd.IsOpen()) {
-            return FillNewFile(std::move(file.fd), path, argument);
+        bool appeared = false;
+        const ExitCode code = CreateFile(path, argument, appeared);
+        if (!appeared) {
+            return code;
         }
     }
     std::string text;
@@ -143,7 +149,7 @@ ExitCode WriteConfigFile() {
     return RewriteWithCopy(path, text, argument);
 }
 
-ExitCode ReadConfigFile() {
+ExitCode ReadConfigFile(std::string& value) {
     std::string text;
     if (const ExitCode code = ReadWholeFile(options.kfxd_conf_file, text); code != ExitCode::kOk) {
         return code;
@@ -152,7 +158,8 @@ ExitCode ReadConfigFile() {
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view line = TakeLine(rest);
         if (line.substr(0, key.size()) == key) {
-            return Print(line.substr(key.size()));
+            value = line.substr(key.size());
+            break;
         }
     }
     return ExitCode::kOk;

@@ -1,10 +1,15 @@
 #include "frontend/do_action.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "base/exit_code.h"
-#include "base/process.h"
+#include "base/files.h"
+#include "base/output.h"
+#include "base/paths.h"
 #include "commands/cache.h"
 #include "commands/console.h"
 #include "commands/platform.h"
@@ -15,6 +20,7 @@
 #include "frontend/options.h"
 #include "frontend/stdin_capture.h"
 #include "model/conversion.h"
+#include "run/map_lock.h"
 #include "run/rvt_exit.h"
 #include "translog/rvt_trans_log.h"
 #include "xml/rvt_xml_parser.h"
@@ -41,10 +47,7 @@ static ExitCode RunUpdateCache() {
         return code;
     }
     RVT_XML_Tree cache_document;
-    {
-        const TerminationAllowed while_reading;
-        static_cast<void>(ParseXMLText(input.Text(), input.Name(), &cache_document));
-    }
+    static_cast<void>(ParseXMLText(input.Text(), input.Name(), &cache_document));
     return UpdateCache(options.platform_name, &cache_document);
 }
 
@@ -63,37 +66,58 @@ enum Follow : unsigned {
     kDaemon = 8,   // the console daemon and the third component are notified
 };
 
+// An action changes the map, or makes a text to print; an action without either only leads to what
+// follows it.
 struct ActionRow {
-    Action action;
-    ExitCode (*command)();
-    unsigned follow;
+    Action action = kNoAction;
+    ExitCode (*change)() = nullptr;
+    ExitCode (*text)(std::string& text) = nullptr;
+    const char* lost = nullptr;  // what a message calls a text that could not be printed
+    unsigned follow = 0;
 };
 
 constexpr unsigned kInventory = kMap | kKfxConf | kWeb | kDaemon;
+constexpr const char* kStdOut = "standard output";
 
-constexpr std::array<ActionRow, 15> kActions = {{
-    {kAddPlatform, RunAddPlatform, kInventory},
-    {kUpdatePlatform, [] { return UpdatePlatform(options.platform_name, options.name_val_list); },
-     kInventory},
-    {kRemovePlatform, [] { return RemovePlatform(options.platform_name); }, kInventory},
-    {kAddSystem, RunAddConsole, kInventory},
-    {kUpdateSystem, [] { return UpdateConsole(options.system_name, options.name_val_list); },
-     kInventory},
-    {kRemoveSystem, [] { return RemoveConsole(options.system_name); }, kInventory},
-    {kUpdateCache, RunUpdateCache, kMap | kWeb},
-    {kRemoveCache, [] { return RemoveCache(options.platform_name); }, kMap | kWeb},
-    {kWriteKfxConf, [] { return ExitCode::kOk; }, kKfxConf},
-    {kViewKfxConf, ViewKfxConfLines, 0},
-    {kSetSecurity, [] { return SetSecurity(options.security); }, kMap},
-    {kViewSecurity, ViewSecurity, 0},
-    {kConvertMap, RunConversion, kKfxConf},
-    {kGetConfigValue, ReadConfigFile, 0},
-    {kSetConfigValue, WriteConfigFile, kDaemon},
+ExitCode RunUpdatePlatform() {
+    return UpdatePlatform(options.platform_name, options.name_val_list);
+}
+ExitCode RunUpdateConsole() {
+    return UpdateConsole(options.system_name, options.name_val_list);
+}
+
+const std::array<ActionRow, 15> kActions = {{
+    {.action = kAddPlatform, .change = RunAddPlatform, .follow = kInventory},
+    {.action = kUpdatePlatform, .change = RunUpdatePlatform, .follow = kInventory},
+    {.action = kRemovePlatform,
+     .change = [] { return RemovePlatform(options.platform_name); },
+     .follow = kInventory},
+    {.action = kAddSystem, .change = RunAddConsole, .follow = kInventory},
+    {.action = kUpdateSystem, .change = RunUpdateConsole, .follow = kInventory},
+    {.action = kRemoveSystem,
+     .change = [] { return RemoveConsole(options.system_name); },
+     .follow = kInventory},
+    {.action = kUpdateCache, .change = RunUpdateCache, .follow = kMap | kWeb},
+    {.action = kRemoveCache,
+     .change = [] { return RemoveCache(options.platform_name); },
+     .follow = kMap | kWeb},
+    {.action = kWriteKfxConf, .follow = kKfxConf},
+    {.action = kViewKfxConf, .text = ViewKfxConfLines, .lost = paths::kKfxConf},
+    {.action = kSetSecurity,
+     .change = [] { return SetSecurity(options.security); },
+     .follow = kMap},
+    {.action = kViewSecurity, .text = ViewSecurity, .lost = kStdOut},
+    {.action = kConvertMap, .change = RunConversion, .follow = kKfxConf},
+    {.action = kGetConfigValue, .text = ReadConfigFile, .lost = kStdOut},
+    {.action = kSetConfigValue, .change = WriteConfigFile, .follow = kDaemon},
 }};
 
+// An action without a row does nothing.
 const ActionRow& RowOfAction() {
-    return *std::find_if(kActions.begin(), kActions.end(),
-                         [](const ActionRow& row) { return row.action == action; });
+    static const ActionRow kNothing;
+    const auto* const row = std::find_if(kActions.begin(), kActions.end(),
+                                         [](const ActionRow& r) { return r.action == action; });
+    return row == kActions.end() ? kNothing : *row;
 }
 
 void EndRunUnlessOk(ExitCode code) {
@@ -102,11 +126,33 @@ void EndRunUnlessOk(ExitCode code) {
     }
 }
 
+// Prints the text of an action that ended with "code". The lock is released first, so that whoever
+// reads the text, or does not, holds up no other run.
+ExitCode PrintText(const std::string& text, const char* lost, ExitCode code) {
+    if (text.empty()) {
+        return code;
+    }
+    if (const ExitCode released = Unlock(); released != ExitCode::kOk) {
+        return released;
+    }
+    const bool printed = WriteAll(STDOUT_FILENO, text);
+    return printed || code != ExitCode::kOk ? code : LostOutput(lost);
+}
+
+ExitCode RunCommand(const ActionRow& row) {
+    if (row.text == nullptr) {
+        return row.change == nullptr ? ExitCode::kOk : row.change();
+    }
+    std::string text;
+    const ExitCode code = row.text(text);
+    return PrintText(text, row.lost, code);
+}
+
 }  // namespace
 
 void DoAction() {
     const ActionRow& row = RowOfAction();
-    EndRunUnlessOk(row.command());
+    EndRunUnlessOk(RunCommand(row));
     if ((row.follow & kMap) != 0) {
         EndRunUnlessOk(WriteXMLFile(xml_file, &rvt_xml_tree));
     }

@@ -2,15 +2,18 @@
 // lines are made elsewhere.
 #pragma once
 
+#include <string>
+
 #include "base/exit_code.h"
 
 // Writes kfx.conf anew: two comment lines that warn against editing it, then the lines of every
 // platform and console. kCannotOpen "Cannot open \"%s\"."; kWriteFailed with the system's text when
 // a new file cannot be given its group or mode, or "Write failed for \"%s\"." when its text cannot
-// be written; kIncompleteMap from the lines, those before the incomplete element then stand in it.
+// be written; kIncompleteMap from the lines, those before the incomplete element then stand in it;
+// kLockFailed as BeginChange.
 ExitCode CreateKfxConfFile();
 
-// Prints the lines on standard output, without the comment: all, or those of the name that the
-// command line gives. kIncompleteMap as above, kWriteFailed "Write failed for \"%s\"." when output
-// is lost, kLookupFailed "Console \"%s\" not found." when nothing has the name.
-ExitCode ViewKfxConfLines();
+// Makes the text of the lines, without the comment: all, or those of the name that the command line
+// gives. kIncompleteMap as above, "lines" then has those before; kLookupFailed "Console \"%s\" not
+// found." when nothing has the name.
+ExitCode ViewKfxConfLines(std::string& lines);

@@ -28,7 +28,6 @@ static void EndRunUnlessOk(ExitCode code) {
 // Reads the map. The parser ends the run at an error in it; what it only reports leaves a tree that
 // the command then finds incomplete, but the -config actions look at nothing in the map.
 static void ReadMap() {
-    const TerminationAllowed while_reading;
     const int result = ParseXMLFile(xml_file, &rvt_xml_tree);
     if (result != 0 && (action == kGetConfigValue || action == kSetConfigValue)) {
         RVTExit(ExitCode::kNotWellFormed);

@@ -15,9 +15,7 @@ static void NotifyWeb() {
     const int status = RunShellCommand(paths::kNotifyWeb);
     if (status != 0) {
         NoteError("Error: \"%s\" exited with %d.\n", paths::kNotifyWeb, ExitStatus(status));
-        HoldTermination();
         PutMsg(rvt_err_msg);
-        AllowTermination();
     }
 }
 

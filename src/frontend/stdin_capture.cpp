@@ -9,11 +9,9 @@
 #include "base/calls.h"
 #include "base/error.h"
 #include "base/paths.h"
-#include "base/process.h"
 
 // Reads once from standard input; 0 at its end and on an error.
 static size_t ReadStdIn(char* buffer, size_t size) {
-    const TerminationAllowed while_waiting;
     return static_cast<size_t>(std::max<ssize_t>(ReadOnce(STDIN_FILENO, buffer, size), 0));
 }
 
@@ -48,7 +46,7 @@ ExitCode CapturedInput::WriteStdInToTempFile() {
     if (!file_.IsOpen()) {
         return Fail(ExitCode::kCannotOpen, "Cannot create temp file.");
     }
-    static_cast<void>(calls::Unlink(name_.c_str()));
+    static_cast<void>(calls::Unlink(calls::kHere, name_.c_str()));
     std::array<char, 65536> buffer;
     ZeroByteFilter filter;
     size_t total = 0;

@@ -16,8 +16,8 @@ class CapturedInput {
     CapturedInput& operator=(const CapturedInput&) = delete;
 
     // Copies standard input to a new file, each line up to its first zero byte (a line that has one
-    // loses its line end with the rest). Termination signals are let through while it waits for
-    // input; a read error counts as the end. kCannotOpen "Cannot create temp file." or "Cannot open
+    // loses its line end with the rest). A read error counts as the end. kCannotOpen "Cannot create
+    // temp file." or "Cannot open
     // \"%s\"."; kWriteFailed "Cannot write to \"%s\".".
     ExitCode WriteStdInToTempFile();
 

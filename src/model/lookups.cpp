@@ -159,15 +159,6 @@ ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_vie
     return ExitCode::kOk;
 }
 
-ExitCode SetPropertyValue(const RVT_Node& node, std::string_view name, std::string_view value) {
-    RVT_Node* attribute = FindPropertyValue(node, name);
-    if (attribute == nullptr) {
-        return ExitCode::kLookupFailed;
-    }
-    attribute->SetValue(value);
-    return ExitCode::kOk;
-}
-
 void SetAttributes(RVT_Node& node,
                    std::initializer_list<std::pair<std::string_view, std::string_view>> pairs) {
     RVT_Node* attribute = node.AddAttributes(pairs.size());

@@ -53,9 +53,6 @@ inline constexpr size_t kMostProperties = 16;
 ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_view> names,
                            std::span<std::string_view> values);
 
-// Replaces the text of a property that exists.
-ExitCode SetPropertyValue(const RVT_Node& node, std::string_view name, std::string_view value);
-
 // Appends attributes, name and value each, in order; never replaces one.
 void SetAttributes(RVT_Node& node,
                    std::initializer_list<std::pair<std::string_view, std::string_view>> pairs);

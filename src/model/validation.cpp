@@ -1,15 +1,14 @@
 #include "model/validation.h"
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 
 #include "base/calls.h"
+#include "base/error.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "base/text.h"
@@ -29,10 +28,6 @@ static bool IsAllDigits(std::string_view text) {
 bool IsValidName(std::string_view name) {
     return std::all_of(name.begin(), name.end(),
                        [](char c) { return IsLetterOrDigit(c) || c == '.' || c == '-'; });
-}
-
-bool IsValidModelNumber(std::string_view model) {
-    return std::all_of(model.begin(), model.end(), IsLetterOrDigit);
 }
 
 bool IsValidAddress(std::string_view address) {
@@ -147,17 +142,9 @@ static bool FieldIs(std::string_view rest, std::string_view wanted, std::string_
 static std::string_view ReadReferenceFile(const char* path) {
     static std::string text;
     text.clear();
-    std::array<char, 65536> piece;
-    const FileDescriptor file(calls::Open(path, O_RDONLY | O_NONBLOCK));
-    ssize_t got = -1;
-    do {
-        got = file.IsOpen() ? ReadOnce(file.get(), piece.data(), piece.size()) : -1;
-        text.append(piece.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
-        // A short piece is the last one: these checks are made by the hundred thousand when a large
-        // map is converted, and a read that only finds the end costs as much as the first.
-    } while (got == static_cast<ssize_t>(piece.size()));
-    if (got < 0) {
-        static_cast<void>(fprintf(stderr, "cannot open %s : %s\n", path, strerror(errno)));
+    const FileDescriptor file = OpenForReading(path);
+    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
+        Complain(std::string("cannot open ") + path + " : " + strerror(errno) + "\n");
         text.clear();
     }
     return text;

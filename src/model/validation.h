@@ -8,9 +8,6 @@
 // Letters, digits, "." and "-" only; the empty name passes.
 bool IsValidName(std::string_view name);
 
-// Letters and digits only; the empty model passes.
-bool IsValidModelNumber(std::string_view model);
-
 // A dotted-quad IPv4 address of at most 15 characters: four fields of one to three digits, the
 // first from 1 to 255, the others from 0 to 255; leading zeros are allowed.
 bool IsValidAddress(std::string_view address);

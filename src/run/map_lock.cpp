@@ -16,17 +16,19 @@
 // Open while this run holds the lock.
 static FileDescriptor lock_fd;
 
+// Whether this run has begun to change files.
+static bool is_changing = false;
+
 static ExitCode OpenLockFile(FileDescriptor& file) {
     OpenedFile opened = OpenOrCreate(paths::kLockFile, O_WRONLY, 0660);
     if (!opened.fd.IsOpen()) {
         return Fail(ExitCode::kLockFailed, "Cannot open lock file \"%s\".", paths::kLockFile);
     }
     file = std::move(opened.fd);
-    return opened.created ? GiveToProductGroup(file.get(), 0660) : ExitCode::kOk;
+    return opened.given;
 }
 
 static bool WaitForLock(int fd) {
-    const TerminationAllowed while_waiting;
     int result = 0;
     do {
         result = calls::Flock(fd, LOCK_EX);
@@ -62,6 +64,19 @@ ExitCode Lock() {
         return Fail(ExitCode::kLockFailed, "Cannot write pid to lock file \"%s\".",
                     paths::kLockFile);
     }
+    return ExitCode::kOk;
+}
+
+ExitCode BeginChange() {
+    if (is_changing) {
+        return ExitCode::kOk;
+    }
+    HoldTermination();
+    if (!IsSameFile(lock_fd.get(), paths::kLockFile)) {
+        return Fail(ExitCode::kLockFailed, "Lock file \"%s\" was removed or replaced.",
+                    paths::kLockFile);
+    }
+    is_changing = true;
     return ExitCode::kOk;
 }
 

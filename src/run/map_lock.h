@@ -4,11 +4,16 @@
 
 #include "base/exit_code.h"
 
-// Waits for the lock and takes it; a termination signal is let through while it waits. Creates the
-// lock file where it is missing and never deletes it. kLockFailed "Cannot open lock file
-// \"%s\"." or "Cannot write pid to lock file \"%s\"." or the system's text; kWriteFailed with the
-// system's text when a new lock file cannot be given its group or mode.
+// Waits for the lock and takes it. Creates the lock file where it is missing and never deletes it.
+// kLockFailed "Cannot open lock file \"%s\"." or "Cannot write pid to lock file \"%s\"." or the
+// system's text; kWriteFailed with the system's text when a new lock file cannot be given its group
+// or mode.
 ExitCode Lock();
+
+// To be called just before the run first changes the map, kfx.conf or a -config file, and harmless
+// after that. Termination signals wait from here on. kLockFailed "Lock file \"%s\" was removed or
+// replaced." when the lock protects nothing any more: another run may have changed the map.
+ExitCode BeginChange();
 
 // Empties the lock file and releases the lock; nothing when it is not held. kUnlockFailed with the
 // system's text; the lock is then still held.

@@ -1,6 +1,5 @@
 #include "run/rvt_exit.h"
 
-#include <cstdio>
 #include <cstdlib>
 
 #include "base/error.h"
@@ -11,11 +10,12 @@
 std::string program = "tqsmgr";
 
 void RVTExit(ExitCode code) {
-    HoldTermination();
     if (code != ExitCode::kOk && rvt_err_msg[0] != '\0') {
-        static_cast<void>(fprintf(stderr, "%s: %s\n", program.c_str(), rvt_err_msg));
+        Complain(program + ": " + rvt_err_msg + "\n");
     }
     static_cast<void>(PutExitCode(code));
     static_cast<void>(Unlock());
+    AllowTermination();
+    PrintComplaints();
     exit(Number(code));
 }

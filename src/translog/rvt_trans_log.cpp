@@ -25,6 +25,9 @@ static constexpr off_t kRotationSize = 1048576;
 // lines of the exit code.
 static constexpr size_t kLargestEnding = 5 * size_t{kErrorMessageSize} + 1024;
 
+// A write of more bytes than this may be cut by a kill.
+static constexpr size_t kLargestWrite = 65536;
+
 namespace {
 
 // The entry of this run. It has the memory for its largest ending from the start, so that a run
@@ -33,26 +36,13 @@ struct Entry {
     std::string head;    // banner, command and here-document
     std::string notice;  // error block of a failed notification
     std::string ending;  // notice and exit code as they stand in the log; empty until they do
-    off_t ending_position = 0;
 };
 
-FileDescriptor log_file;
+// Open from the start of the run until the entry is appended.
+OpenedFile log_file;
 Entry entry;
-
-// Holds the log's lock for one write. A log that cannot be locked is written all the same.
-class LogLock {
-  public:
-    explicit LogLock(int fd) : fd_(fd) {
-        while (calls::Flock(fd_, LOCK_EX) != 0 && errno == EINTR) {
-        }
-    }
-    ~LogLock() { static_cast<void>(calls::Flock(fd_, LOCK_UN)); }
-    LogLock(const LogLock&) = delete;
-    LogLock& operator=(const LogLock&) = delete;
-
-  private:
-    int fd_;
-};
+bool is_begun = false;     // the log could be opened
+bool is_appended = false;  // the entry stands in it, or is lost
 
 }  // namespace
 
@@ -60,33 +50,32 @@ static ExitCode WriteFailure() {
     return Fail(ExitCode::kWriteFailed, "Write failed for %s", paths::kLog);
 }
 
+// Takes the log's lock, which is released when the file is closed. A log that cannot be locked is
+// written all the same.
+static void LockLog(const OpenedFile& log) {
+    while (calls::Flock(log.fd.get(), LOCK_EX) != 0 && errno == EINTR) {
+    }
+}
+
 static bool IsTooLarge(off_t size) {
     return size > kRotationSize;
+}
+
+// Opens the log, which is created where it is missing.
+static ExitCode OpenLog(OpenedFile& log) {
+    log = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0660);
+    return log.fd.IsOpen() ? log.given : Fail(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
 }
 
 // Moves a log that has grown too large to the name of its previous generation. The size is looked
 // at again under the lock, so that of several runs one rotates. A log that cannot be moved goes on
 // being used.
-static void RotateLog() {
-    struct stat status {};
-    if (calls::Stat(paths::kLog, &status) != 0 || !IsTooLarge(status.st_size)) {
-        return;
+static void RotateLog(const OpenedFile& log) {
+    LockLog(log);
+    if (IsSameFile(log.fd.get(), paths::kLog) && IsTooLarge(SizeOf(log.fd.get()))) {
+        static_cast<void>(calls::Unlink(calls::kHere, paths::kOldLog));
+        static_cast<void>(calls::Rename(calls::kHere, paths::kLog, paths::kOldLog));
     }
-    const FileDescriptor file(calls::Open(paths::kLog, O_RDONLY | O_NONBLOCK));
-    const LogLock lock(file.get());
-    if (calls::Stat(paths::kLog, &status) == 0 && IsTooLarge(status.st_size)) {
-        static_cast<void>(calls::Unlink(paths::kOldLog));
-        static_cast<void>(calls::Rename(paths::kLog, paths::kOldLog));
-    }
-}
-
-static ExitCode OpenLog(FileDescriptor& file) {
-    OpenedFile opened = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0666);
-    if (!opened.fd.IsOpen()) {
-        return Fail(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
-    }
-    file = std::move(opened.fd);
-    return opened.created ? GiveToProductGroup(file.get(), 0660) : ExitCode::kOk;
 }
 
 // What an ending without an error message takes at most.
@@ -97,20 +86,15 @@ static constexpr off_t kPlainEnding = 256;
 static bool IsWithinLimit() {
     struct rlimit limit {};
     const off_t size =
-        SizeOf(log_file.get()) + static_cast<off_t>(entry.head.size()) + kPlainEnding;
+        SizeOf(log_file.fd.get()) + static_cast<off_t>(entry.head.size()) + kPlainEnding;
     return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
            static_cast<rlim_t>(size) <= limit.rlim_cur;
 }
 
-// Reserves room behind the end of the log for the entry with its largest ending. Only a full disk
-// counts as a refusal: a file system that cannot reserve at all is no error.
+// Reserves room behind the end of the log for the entry with its largest ending.
 static bool HasRoomForEntry() {
     const size_t size = entry.head.size() + kLargestEnding;
-    if (!IsWithinLimit()) {
-        return false;
-    }
-    return calls::Reserve(log_file.get(), SizeOf(log_file.get()), static_cast<off_t>(size)) == 0 ||
-           (errno != ENOSPC && errno != EDQUOT && errno != EFBIG && errno != EIO);
+    return IsWithinLimit() && ReserveBehindEnd(log_file.fd.get(), static_cast<off_t>(size));
 }
 
 // A command that is refused for want of room leaves the ending of its entry alone, so that no
@@ -138,8 +122,13 @@ static std::string Banner() {
 }
 
 ExitCode LogCommandLine(int argc, char** argv) {
-    RotateLog();
-    if (const ExitCode code = OpenLog(log_file); code != ExitCode::kOk) {
+    ExitCode code = OpenLog(log_file);
+    if (code == ExitCode::kOk && IsTooLarge(SizeOf(log_file.fd.get()))) {
+        RotateLog(log_file);
+        code = OpenLog(log_file);
+    }
+    is_begun = log_file.fd.IsOpen();
+    if (code != ExitCode::kOk) {
         return code;
     }
     std::string& head = entry.head;
@@ -153,7 +142,7 @@ ExitCode LogCommandLine(int argc, char** argv) {
 }
 
 ExitCode LogStdIn(std::string_view input) {
-    if (!log_file.IsOpen()) {
+    if (!is_begun) {
         return ExitCode::kOk;
     }
     std::string& head = entry.head;
@@ -186,97 +175,114 @@ static std::string Ending(ExitCode code) {
            (code == ExitCode::kOk ? "\n" : ErrorBlock(rvt_err_msg));
 }
 
-// Appends "text" to the log in one piece, under its lock. A write that fails part way is taken
-// back. Nothing is written, and "moved" is set, when the file no longer bears the log's name.
-static ExitCode AppendToLog(const std::string& text, bool& moved) {
-    const LogLock lock(log_file.get());
-    moved = !IsSameFile(log_file.get(), paths::kLog);
-    if (moved) {
-        return WriteFailure();
+// Replaces a log, whose lock is held, by what "write" writes to the descriptor that it is given:
+// whatever happens meanwhile, the log's name leads to the old text or to the new one.
+template <typename Write>
+static bool ReplaceLog(const OpenedFile& log, Write write) {
+    struct stat status {};
+    Replacement next(log.place, ".new");
+    if (!next.Create(0600)) {
+        return false;
     }
-    const off_t end = SizeOf(log_file.get());
-    if (!WriteAll(log_file.get(), text)) {
-        static_cast<void>(calls::Ftruncate(log_file.get(), end));
-        return WriteFailure();
+    const bool replaced = calls::Fstat(log.fd.get(), &status) == 0 &&
+                          calls::Fchown(next.fd(), status.st_gid) == 0 &&
+                          calls::Fchmod(next.fd(), status.st_mode & 07777) == 0 &&
+                          write(next.fd()) && next.Sync() && next.TakeOver();
+    if (!replaced) {
+        next.Discard();
     }
-    entry.ending_position = end;
-    return ExitCode::kOk;
+    return replaced;
 }
 
-// Appends the entry to the file that bears the log's name: another run may have rotated the one
-// that this run opened.
-static ExitCode AppendEntry(const std::string& ending) {
-    static constexpr int kMostRotations = 100;
-    const size_t head_size = entry.head.size();
+// Appends "text" to a log whose lock is held, and takes back a write that fails part way. What a
+// kill could cut comes as a replacement, where one can be made.
+static bool AppendToLocked(const OpenedFile& log, std::string_view text) {
+    const int fd = log.fd.get();
+    if (text.size() > kLargestWrite &&
+        ReplaceLog(log, [fd, text](int to) { return CopyAll(fd, to) && WriteAll(to, text); })) {
+        return true;
+    }
+    const off_t end = SizeOf(fd);
+    const bool written = WriteAll(fd, text);
+    if (!written) {
+        static_cast<void>(calls::Ftruncate(fd, end));
+    }
+    return written;
+}
+
+// A log that others rotate and replace is opened again as often as that happens.
+static constexpr int kMostChanges = 100;
+
+// Appends the entry to the file that bears the log's name once its lock is held: another run may
+// have moved the one that this run opened.
+static bool AppendEntry(const std::string& ending) {
     entry.head += ending;
-    bool moved = false;
-    ExitCode code = AppendToLog(entry.head, moved);
-    for (int i = 0; moved && i < kMostRotations; ++i) {
-        FileDescriptor current;
-        static_cast<void>(OpenLog(current));
-        if (!current.IsOpen()) {
+    bool appended = false;
+    for (int i = 0; i < kMostChanges && log_file.fd.IsOpen(); ++i) {
+        LockLog(log_file);
+        if (IsSameFile(log_file.fd.get(), paths::kLog)) {
+            appended = AppendToLocked(log_file, entry.head);
             break;
         }
-        log_file = std::move(current);
-        code = AppendToLog(entry.head, moved);
+        static_cast<void>(OpenLog(log_file));
     }
-    entry.head.resize(head_size);
-    if (code == ExitCode::kOk) {
-        entry.ending_position += static_cast<off_t>(head_size);
-        entry.ending = ending;
-    }
-    return code;
+    log_file = {};
+    return appended;
 }
 
-// Puts "ending" in the place of the one that was appended, through the descriptor that has it,
-// whatever the file is called by now. Entries behind it move along.
-static ExitCode ReplaceEnding(const std::string& ending) {
-    const int fd = log_file.get();
-    const LogLock lock(fd);
-    const off_t length = SizeOf(fd) - entry.ending_position;
-    std::string tail(static_cast<size_t>(std::max<off_t>(length, 0)), '\0');
-    const ssize_t got = calls::Pread(fd, tail.data(), tail.size(), entry.ending_position);
-    // Someone who emptied or edited the log meanwhile has the last word.
-    if (got != static_cast<ssize_t>(tail.size()) ||
-        tail.compare(0, entry.ending.size(), entry.ending) != 0) {
-        return WriteFailure();
+// Puts "changed" in the place of the text "present" in one generation of the log. False when it is
+// not there, or cannot be replaced.
+static bool AmendIn(const char* path, const std::string& present, const std::string& changed) {
+    for (int i = 0; i < kMostChanges; ++i) {
+        const OpenedFile log = OpenProductFile(path, O_RDONLY);
+        if (!log.fd.IsOpen()) {
+            return false;
+        }
+        LockLog(log);
+        if (!IsSameFile(log.fd.get(), path)) {
+            continue;
+        }
+        std::string text;
+        const bool is_read = ReadToEnd(log.fd.get(), text);
+        const size_t at = text.find(present);
+        if (!is_read || at == std::string::npos) {
+            return false;
+        }
+        text.replace(at, present.size(), changed);
+        return ReplaceLog(log, [&text](int to) { return WriteAll(to, text); });
     }
-    const std::string old_tail = tail;
-    tail.replace(0, entry.ending.size(), ending);
-    if (calls::SetFlags(fd, 0) != 0) {
-        return WriteFailure();
-    }
-    const bool replaced = ReplaceTail(fd, entry.ending_position, tail);
-    if (!replaced) {
-        static_cast<void>(ReplaceTail(fd, entry.ending_position, old_tail));
-    }
-    static_cast<void>(calls::SetFlags(fd, O_APPEND));
-    if (!replaced) {
-        return WriteFailure();
-    }
-    entry.ending = ending;
-    return ExitCode::kOk;
+    return false;
 }
 
-static ExitCode RecordEntry(ExitCode code) {
+// Puts "ending" in the place of the one that the entry was appended with, wherever it is by now.
+static bool AmendEntry(const std::string& ending) {
+    const std::string present = entry.head;
+    const size_t kept = present.size() - entry.ending.size();
+    const std::string changed = present.substr(0, kept) + ending;
+    entry.head = changed;
+    return AmendIn(paths::kLog, present, changed) || AmendIn(paths::kOldLog, present, changed);
+}
+
+// Brings the log up to date with the run's "code". What cannot be written is lost.
+static bool RecordEntry(ExitCode code) {
     const std::string ending = Ending(code);
-    if (entry.ending.empty()) {
-        return AppendEntry(ending);
-    }
-    return ending == entry.ending ? ExitCode::kOk : ReplaceEnding(ending);
+    const bool recorded =
+        !is_appended ? AppendEntry(ending) : ending == entry.ending || AmendEntry(ending);
+    is_appended = true;
+    entry.ending = ending;
+    return recorded;
 }
 
 void PutMsg(const char* message) {
-    if (!log_file.IsOpen()) {
-        return;
-    }
-    entry.notice += ErrorBlock(message);
-    if (!entry.ending.empty()) {
-        // A notification follows success alone.
-        static_cast<void>(RecordEntry(ExitCode::kOk));
+    if (is_begun) {
+        entry.notice += ErrorBlock(message);
+        if (is_appended) {
+            // A notification follows success alone.
+            static_cast<void>(RecordEntry(ExitCode::kOk));
+        }
     }
 }
 
 ExitCode PutExitCode(ExitCode code) {
-    return log_file.IsOpen() ? RecordEntry(code) : ExitCode::kOk;
+    return !is_begun || RecordEntry(code) ? ExitCode::kOk : ExitCode::kWriteFailed;
 }

@@ -1,12 +1,10 @@
 #include "xml/rvt_node_stack.h"
 
-#include <cstdio>
-
 #include "base/error.h"
 #include "run/rvt_exit.h"
 
 [[noreturn]] static void EndRun(const char* text) {
-    static_cast<void>(fputs(text, stderr));
+    Complain(text);
     ClearError();
     RVTExit(ExitCode::kNodeStack);
 }

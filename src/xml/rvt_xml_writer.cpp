@@ -1,17 +1,13 @@
 #include "xml/rvt_xml_writer.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstdio>
 #include <string>
 
-#include "base/calls.h"
 #include "base/error.h"
 #include "base/files.h"
 #include "base/text.h"
+#include "run/map_lock.h"
 #include "run/rvt_exit.h"
 #include "xml/encoding.h"
 #include "xml/rvt_xml_parser.h"
@@ -91,8 +87,7 @@ void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t col
          attribute = RVT_Node::GetNextAttribute(pos)) {
         const std::string_view name = attribute->GetName();
         if (!attribute->IsType(RVT_ATTRIBUTE)) {
-            static_cast<void>(
-                fprintf(stderr, "PrintAttributes: %s not an attribute\n", name.data()));
+            Complain("PrintAttributes: " + std::string(name) + " not an attribute\n");
             ClearError();
             RVTExit(ExitCode::kLookupFailed);
         }
@@ -261,41 +256,23 @@ static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
     return fits && WriteAll(fd, converted);
 }
 
-// Creates the temporary map. It is always a new file: whatever bears its name, a leftover or a
-// planted link, goes first.
-static FileDescriptor CreateTemporaryMap(const char* path) {
-    if (calls::Unlink(path) != 0 && errno != ENOENT) {
-        return {};
-    }
-    return FileDescriptor(calls::Open(path, O_WRONLY | O_CREAT | O_EXCL, 0666));
-}
-
-// Makes a rename in the folder of "path" last through a power failure. The map is already the new
-// one, so a folder that cannot be synced is no error.
-static void SyncFolderOf(const std::string& path) {
-    const size_t slash = path.rfind('/');
-    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-    const FileDescriptor directory(calls::Open(folder.c_str(), O_RDONLY | O_DIRECTORY));
-    if (directory.IsOpen()) {
-        static_cast<void>(calls::Fsync(directory.get()));
-    }
-}
-
 ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree) {
     const std::string temporary = std::string(path) + ".tmp";
-    FileDescriptor file = CreateTemporaryMap(temporary.c_str());
-    if (!file.IsOpen()) {
+    const Place place = PlaceOf(path);
+    Replacement map(place, ".tmp");
+    if (!map.Create(0660)) {
         return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", temporary.c_str());
     }
-    if (const ExitCode code = GiveToProductGroup(file.get(), 0660); code != ExitCode::kOk) {
-        return code;
+    if (map.given() != ExitCode::kOk) {
+        return map.given();
     }
-    if (!PrintEncoded(file.get(), tree) || calls::Fsync(file.get()) != 0 || !file.Close()) {
+    if (!PrintEncoded(map.fd(), tree) || !map.Sync()) {
         return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", temporary.c_str());
     }
-    if (calls::Rename(temporary.c_str(), path) != 0) {
-        return Fail(ExitCode::kRenameFailed, "Rename failed for \"%s\".", path);
+    if (const ExitCode code = BeginChange(); code != ExitCode::kOk) {
+        map.Discard();
+        return code;
     }
-    SyncFolderOf(path);
-    return ExitCode::kOk;
+    return map.TakeOver() ? ExitCode::kOk
+                          : Fail(ExitCode::kRenameFailed, "Rename failed for \"%s\".", path);
 }

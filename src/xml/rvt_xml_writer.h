@@ -26,8 +26,8 @@
 // names, the product's group and mode 0660. A failure leaves the old map, and the temporary file
 // where it is: kCannotOpen "Cannot open \"%s\"." and kWriteFailed "Cannot write to \"%s\"." name
 // the temporary file, kWriteFailed may also carry the system's text alone; kRenameFailed "Rename
-// failed for \"%s\"." names the map. Text in another encoding than UTF-8 that the parser cannot
-// read back ends the run as the reader does.
+// failed for \"%s\"." names the map; after kLockFailed, as BeginChange, it is gone. Text in another
+// encoding than UTF-8 that the parser cannot read back ends the run as the reader does.
 ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree);
 
 // Prints the whole tree, one node with all below it, or a node's children, the first line "depth"

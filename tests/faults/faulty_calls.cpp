@@ -48,6 +48,10 @@ std::string PathOf(int fd) {
     return std::filesystem::read_symlink(LinkOf(fd), none);
 }
 
+std::string PathIn(int folder, const char* name) {
+    return folder == calls::kHere ? name : PathOf(folder) + "/" + name;
+}
+
 struct stat StatusOf(int fd) {
     struct stat status {};
     fstat(fd, &status);
@@ -147,21 +151,28 @@ ssize_t MakeWrite(const char* name, int fd, long size, off_t offset, Put put) {
 // clang-format off
 namespace calls {
 
-int Open(const char* path, int flags, mode_t mode) {
-    const bool is_new = access(path, F_OK) != 0;
-    const std::string before = Is("power") && (flags & O_WRONLY) != 0 ? ContentAt(path) : "";
-    const int fd = Make("Open", path, [&] { return open(path, flags | O_CLOEXEC, mode); });
-    return (flags & O_WRONLY) != 0 ? Remember(fd, is_new, before) : fd;
+int Open(int folder, const char* name, int flags, mode_t mode) {
+    const std::string path = PathIn(folder, name);
+    const bool is_new = faccessat(folder, name, F_OK, AT_SYMLINK_NOFOLLOW) != 0;
+    const bool writes = (flags & O_WRONLY) != 0;
+    const std::string before = Is("power") && writes ? ContentAt(path) : "";
+    const char* const call = (flags & O_DIRECTORY) != 0 ? "OpenFolder" : "Open";
+    const int fd = Make(call, path, [&] { return openat(folder, name, flags | O_CLOEXEC, mode); });
+    return writes ? Remember(fd, is_new, before) : fd;
 }
 int Mkstemp(char* path) {
     return Remember(Make("Mkstemp", path, [&] { return mkostemp(path, O_CLOEXEC); }), true, "");
 }
+// A descriptor is gone also when closing it fails.
 int Close(int fd) {
     const bool reads = (fcntl(fd, F_GETFL) & O_ACCMODE) == O_RDONLY;
-    return Make(reads ? "CloseRead" : "Close", PathOf(fd), [&] { return close(fd); });
+    const int result = Make(reads ? "CloseRead" : "Close", PathOf(fd), [] { return 0; });
+    const int cause = errno;
+    const bool closed = close(fd) == 0;
+    errno = result == 0 ? errno : cause;
+    return closed ? result : -1;
 }
 ssize_t Read(int fd, void* buffer, size_t size) { return Make("Read", PathOf(fd), [&] { return read(fd, buffer, size); }); }
-ssize_t Pread(int fd, void* buffer, size_t size, off_t offset) { return Make("Pread", PathOf(fd), [&] { return pread(fd, buffer, size, offset); }); }
 ssize_t Write(int fd, const void* data, size_t size) {
     const off_t offset = (fcntl(fd, F_GETFL) & O_APPEND) != 0 ? StatusOf(fd).st_size : lseek(fd, 0, SEEK_CUR);
     return MakeWrite("Write", fd, static_cast<long>(size), offset, [&](size_t n) { return write(fd, data, n); });
@@ -198,14 +209,16 @@ int Fchown(int fd, gid_t group) { return Make("Fchown", PathOf(fd), [&] { return
 int Fchmod(int fd, mode_t mode) { return Make("Fchmod", PathOf(fd), [&] { return fchmod(fd, mode); }); }
 int Stat(const char* path, struct stat* status) { return Make("Stat", path, [&] { return stat(path, status); }); }
 int Fstat(int fd, struct stat* status) { return Make("Fstat", PathOf(fd), [&] { return fstat(fd, status); }); }
-int Rename(const char* from, const char* to) {
+ssize_t Readlink(int link, char* buffer, size_t size) { return Make("Readlink", PathOf(link), [&] { return readlinkat(link, "", buffer, size); }); }
+int Rename(int folder, const char* from, const char* name) {
+    const std::string to = PathIn(folder, name);
     const std::string before = Is("power") ? ContentAt(to) : "";
-    const int result = Make("Rename", to, [&] { return rename(from, to); });
+    const int result = Make("Rename", to, [&] { return renameat(folder, from, folder, name); });
     if (Is("power") && result == 0) {
         renamed.try_emplace(to, before);
     }
     return result;
 }
-int Unlink(const char* path) { return Make("Unlink", path, [&] { return unlink(path); }); }
+int Unlink(int folder, const char* path) { return Make("Unlink", PathIn(folder, path), [&] { return unlinkat(folder, path, 0); }); }
 
 }  // namespace calls
