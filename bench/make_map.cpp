@@ -88,5 +88,6 @@ int main(int argc, char** argv) {
         AddConsoles(AddPlatformElement(*map, number, old), number, atoi(argv[2]), old);
     }
     Output out(STDOUT_FILENO);
-    return PrintTree(out, &rvt_xml_tree) == ExitCode::kOk && out.Flush() ? 0 : 1;
+    PrintTree(out, rvt_xml_tree);
+    return out.Flush() ? 0 : 1;
 }

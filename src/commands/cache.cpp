@@ -34,7 +34,7 @@ static ExitCode CheckIsReadable(const RVT_Node& cache) {
     std::string text;
     Output out(text);
     out.Put("<SystemMap><Platform>\n");
-    static_cast<void>(PrintNodes(out, cache, kDepthInMap));
+    XmlPrinter(out, false).PrintNodes(cache, kDepthInMap);
     out.Put("</Platform></SystemMap>\n");
     const bool is_readable = out.Flush() && CheckXMLText(text, "new cache") == 0;
     return is_readable ? ExitCode::kOk : ExitCode::kNotWellFormed;

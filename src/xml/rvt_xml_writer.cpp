@@ -38,9 +38,6 @@ static std::string_view EntityFor(char c) {
     }
 }
 
-// Whether the document that is being printed declares XML 1.1.
-static bool is_xml_11 = false;
-
 // "text" with the characters that XML 1.1 admits, or keeps, by reference alone as references.
 static std::string WithControlReferences(std::string_view text) {
     std::string referenced;
@@ -79,7 +76,7 @@ std::string_view DoEntityReferenceReplacement(const char* text) {
     return {buffer.data(), used};
 }
 
-void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t column) {
+void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t column) {
     // The blank before a name, "=" and the two quotes.
     static constexpr size_t kAround = 4;
     RVT_Node_List_Elem* pos = nullptr;
@@ -93,80 +90,73 @@ void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t col
         }
         std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
         std::string referenced;
-        if (is_xml_11) {
+        if (is_xml_11_) {
             referenced = WithControlReferences(value);
             value = referenced;
         }
         const size_t width = name.size() + value.size() + kAround;
         if (column + width > kLastColumn) {
-            out.Put("\n");
-            out.PutSpaces(depth + kContinuation);
+            out_.Put("\n");
+            out_.PutSpaces(depth + kContinuation);
             column = depth + kContinuation;
         }
-        out.Put(" ");
-        out.Put(name);
-        out.Put("=\"");
-        out.Put(value);
-        out.Put("\"");
+        for (const std::string_view piece : {std::string_view(" "), name, std::string_view("=\""),
+                                             value, std::string_view("\"")}) {
+            out_.Put(piece);
+        }
         column += width;
     }
 }
 
-static void PrintElement(Output& out, const RVT_Node& node, size_t depth) {
+void XmlPrinter::PrintElement(const RVT_Node& node, size_t depth) {
     const std::string_view name = node.GetName();
-    out.PutSpaces(depth);
-    out.Put("<");
-    out.Put(name);
-    PrintAttributes(out, node, depth, depth + 1 + name.size());
+    out_.PutSpaces(depth);
+    out_.Put("<");
+    out_.Put(name);
+    PrintAttributes(node, depth, depth + 1 + name.size());
     if (!node.HasChildren()) {
-        out.Put("/>\n");
+        out_.Put("/>\n");
         return;
     }
-    out.Put(">\n");
-    static_cast<void>(PrintChildren(out, node, depth + kIndent));
-    out.PutSpaces(depth);
-    out.Put("</");
-    out.Put(name);
-    out.Put(">\n");
+    out_.Put(">\n");
+    PrintChildren(node, depth + kIndent);
+    out_.PutSpaces(depth);
+    out_.Put("</");
+    out_.Put(name);
+    out_.Put(">\n");
 }
 
-static void PrintComment(Output& out, const RVT_Node& node, size_t depth) {
-    out.PutSpaces(depth);
-    out.Put("<!--");
-    out.Put(node.GetValue());
-    out.Put("-->\n");
+void XmlPrinter::PrintComment(const RVT_Node& node, size_t depth) {
+    out_.PutSpaces(depth);
+    out_.Put("<!--");
+    out_.Put(node.GetValue());
+    out_.Put("-->\n");
 }
 
-static void PrintDeclaration(Output& out, const RVT_Node& node, size_t depth) {
+void XmlPrinter::PrintDeclaration(const RVT_Node& node, size_t depth) {
     static constexpr std::string_view kStart = "<?xml";
-    out.PutSpaces(depth);
-    out.Put(kStart);
-    PrintAttributes(out, node, depth, depth + kStart.size());
-    out.Put("?>\n");
+    out_.PutSpaces(depth);
+    out_.Put(kStart);
+    PrintAttributes(node, depth, depth + kStart.size());
+    out_.Put("?>\n");
 }
 
-static ExitCode ResultOf(const Output& out) {
-    return out.HasFailed() ? ExitCode::kWriteFailed : ExitCode::kOk;
-}
-
-ExitCode PrintNodes(Output& out, const RVT_Node& node, size_t depth) {
+void XmlPrinter::PrintNodes(const RVT_Node& node, size_t depth) {
     if (node.IsType(RVT_ELEMENT)) {
-        PrintElement(out, node, depth);
+        PrintElement(node, depth);
     } else if (node.IsType(RVT_COMMENT)) {
-        PrintComment(out, node, depth);
+        PrintComment(node, depth);
     } else if (node.IsType(RVT_XML_DECL)) {
-        PrintDeclaration(out, node, depth);
+        PrintDeclaration(node, depth);
     }
-    return ResultOf(out);
 }
 
-ExitCode PrintChildren(Output& out, const RVT_Node& node, size_t depth) {
+void XmlPrinter::PrintChildren(const RVT_Node& node, size_t depth) {
     RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && !out.HasFailed();
+    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && !out_.HasFailed();
          child = RVT_Node::GetNextChild(pos)) {
-        static_cast<void>(PrintNodes(out, *child, depth));
+        PrintNodes(*child, depth);
     }
-    return ResultOf(out);
 }
 
 // An attribute of the tree's XML declaration, empty for none.
@@ -185,28 +175,31 @@ static std::string Declared(const RVT_XML_Tree& tree, std::string_view name) {
     return "";
 }
 
-ExitCode PrintTree(Output& out, RVT_XML_Tree* tree) {
-    is_xml_11 = Declared(*tree, "version") == "1.1";
+static bool IsXml11(const RVT_XML_Tree& tree) {
+    return Declared(tree, "version") == "1.1";
+}
+
+void PrintTree(Output& out, const RVT_XML_Tree& tree) {
+    XmlPrinter printer(out, IsXml11(tree));
     RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* node = tree->GetFirstChild(pos); node != nullptr && !out.HasFailed();
+    for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr && !out.HasFailed();
          node = RVT_XML_Tree::GetNextChild(pos)) {
-        static_cast<void>(PrintNodes(out, *node, 0));
+        printer.PrintNodes(*node, 0);
     }
-    return ResultOf(out);
 }
 
 // What a node and all below it say, whatever the layout.
-static void PutContent(Output& out, const RVT_Node& node) {
+static void PutContent(Output& out, XmlPrinter& printer, const RVT_Node& node) {
     if (node.IsType(RVT_DELETED)) {
         return;
     }
     out.Put(node.GetName());
     out.Put(node.GetValue());
-    PrintAttributes(out, node, 0, 0);
+    printer.PrintAttributes(node, 0, 0);
     RVT_Node_List_Elem* pos = nullptr;
     for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr;
          child = RVT_Node::GetNextChild(pos)) {
-        PutContent(out, *child);
+        PutContent(out, printer, *child);
     }
     out.Put("\n");
 }
@@ -215,10 +208,11 @@ static void PutContent(Output& out, const RVT_Node& node) {
 static std::string Content(const RVT_XML_Tree& tree) {
     std::string content;
     Output out(content);
+    XmlPrinter printer(out, IsXml11(tree));
     RVT_Node_List_Elem* pos = nullptr;
     for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr;
          node = RVT_XML_Tree::GetNextChild(pos)) {
-        PutContent(out, *node);
+        PutContent(out, printer, *node);
     }
     static_cast<void>(out.Flush());
     std::replace_if(
@@ -239,11 +233,13 @@ static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
     const std::string encoding = Declared(*tree, "encoding");
     if (IsUtf8(encoding)) {
         Output out(fd);
-        return PrintTree(out, tree) == ExitCode::kOk && out.Flush();
+        PrintTree(out, *tree);
+        return out.Flush();
     }
     std::string text;
     Output in_memory(text);
-    if (PrintTree(in_memory, tree) != ExitCode::kOk || !in_memory.Flush()) {
+    PrintTree(in_memory, *tree);
+    if (!in_memory.Flush()) {
         return false;
     }
     std::string converted;

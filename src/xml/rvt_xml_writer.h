@@ -10,9 +10,9 @@
 //     </Platform>
 //
 // An element without children ends in "/>"; one whose children are all deleted keeps both tags.
-// Attribute values longer than 8 KiB in their escaped form are cut; names and comments are written
-// as they are. In a document of XML 1.1, whose values may hold control characters by reference
-// alone, those are written as such references (&#1;).
+// Attribute values are cut when their escaped form has reached 8185 bytes; names and comments are
+// written as they are. In a document of XML 1.1, whose values may hold control characters by
+// reference alone, those are written as such references (&#1;).
 #pragma once
 
 #include <string_view>
@@ -30,16 +30,31 @@
 // encoding than UTF-8 that the parser cannot read back ends the run as the reader does.
 ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree);
 
-// Prints the whole tree, one node with all below it, or a node's children, the first line "depth"
-// blanks from the left. kWriteFailed, without a message, when the output has failed.
-ExitCode PrintTree(Output& out, RVT_XML_Tree* tree);
-ExitCode PrintNodes(Output& out, const RVT_Node& node, size_t depth);
-ExitCode PrintChildren(Output& out, const RVT_Node& node, size_t depth);
+// Prints the whole tree. Whether it arrived, the output tells.
+void PrintTree(Output& out, const RVT_XML_Tree& tree);
 
-// Prints the attributes of a node that stands at "depth"; "column" is the number of bytes already
-// on the line. A node in the list that is not an attribute is reported on standard error and ends
-// the run with kLookupFailed.
-void PrintAttributes(Output& out, const RVT_Node& node, size_t depth, size_t column);
+// Prints parts of a document, the first line "depth" blanks from the left.
+class XmlPrinter {
+  public:
+    // Prints to "out", for a document of XML 1.1 or 1.0.
+    XmlPrinter(Output& out, bool is_xml_11) : out_(out), is_xml_11_(is_xml_11) {}
+
+    // One node with all below it; a node's children.
+    void PrintNodes(const RVT_Node& node, size_t depth);
+    void PrintChildren(const RVT_Node& node, size_t depth);
+    // The attributes of a node that stands at "depth"; "column" is the number of bytes already on
+    // the line. A node in the list that is not an attribute is reported on standard error and ends
+    // the run with kLookupFailed.
+    void PrintAttributes(const RVT_Node& node, size_t depth, size_t column);
+
+  private:
+    void PrintElement(const RVT_Node& node, size_t depth);
+    void PrintComment(const RVT_Node& node, size_t depth);
+    void PrintDeclaration(const RVT_Node& node, size_t depth);
+
+    Output& out_;
+    bool is_xml_11_;
+};
 
 // "text" with the five characters that XML reserves replaced by their entities, cut when it has
 // reached 8185 bytes, but not within a character. Valid until the next call.
