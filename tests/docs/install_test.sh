@@ -32,6 +32,8 @@ case $dynamic in
 *)
     echo "$dynamic" | grep NEEDED | grep -vE '\[(ld-linux[^.]*|libc|libm)\.so\.' && failures=1
     echo "$dynamic" | grep -q 'Flags: NOW PIE' || failures=1
+    # Nor does it tell where it was built.
+    grep -qF "$(cd "$(dirname "$0")/../.." && pwd)/" "$product/bin/tqsmgr" && failures=1
     for symbol in __stack_chk_fail __memcpy_chk; do
         readelf --dyn-syms -W "$product/bin/tqsmgr" | grep -q " $symbol@" || failures=1
     done
