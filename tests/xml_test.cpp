@@ -73,6 +73,13 @@ TEST(Xml, Rewritten) {
     ExpectRuns(tree, "tqsmgr", {{"-security true", 41, lost}});
     tree.Write(kMap, std::regex_replace(tree.Read(kMap), std::regex("8364"), "917601"));
     ExpectRuns(tree, "tqsmgr", {{"-security true", 41, lost}});
+    // Line breaks, which the next read turns into blanks, are no loss.
+    // clang-format off
+    tree.Write(kMap, Declared("ISO-8859-1") + "<!DOCTYPE SystemMap [<!ELEMENT SystemMap ANY><!ATTLIST SystemMap "
+        "security CDATA '' a CDATA ''><!ENTITY e '<!--&#13;-->'>]><SystemMap a='\xe9&#13;&#10;&#13;&#9;'>&e;</SystemMap>");
+    ExpectRuns(tree, "tqsmgr -security true; cat", {{kMap, 0, Declared("ISO-8859-1") +
+        "<SystemMap a=\"\xe9\r\n\r\t\" security=\"true\">\n    <!--\r-->\n</SystemMap>\n"}});
+    // clang-format on
 }
 
 // The value of one attribute, alone or behind b="", as it is read and as it is written. Behind the

@@ -201,10 +201,11 @@ static void PutContent(Output& out, XmlPrinter& printer, const RVT_Node& node) {
          child = RVT_Node::GetNextChild(pos)) {
         PutContent(out, printer, *child);
     }
-    out.Put("\n");
+    out.Put(">");
 }
 
-// White space in values comes back as blanks, which makes no difference here.
+// White space in values comes back as blanks, and a carriage return with its line feed as one,
+// which makes no difference here.
 static std::string Content(const RVT_XML_Tree& tree) {
     std::string content;
     Output out(content);
@@ -215,10 +216,14 @@ static std::string Content(const RVT_XML_Tree& tree) {
         PutContent(out, printer, *node);
     }
     static_cast<void>(out.Flush());
-    std::replace_if(
-        content.begin(), content.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
-        ' ');
-    return content;
+    std::string blank;
+    for (size_t i = 0; i < content.size(); ++i) {
+        if (content.compare(i, 2, "\r\n") != 0) {
+            const bool is_space = content[i] == '\t' || content[i] == '\n' || content[i] == '\r';
+            blank += is_space ? ' ' : content[i];
+        }
+    }
+    return blank;
 }
 
 // Whether the parser reads "document" as the tree: its tables are not iconv's, so a character may
