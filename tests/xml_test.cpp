@@ -121,6 +121,13 @@ TEST(Xml, WrapAndCut) {
                     kSet + ">\n" + out + "</SystemMap>\n");
 }
 
+// A schema of the map whose own document type has "declarations".
+static std::string SchemaWith(const std::string& declarations) {
+    return "<!DOCTYPE x:schema [" + declarations +
+           "]><x:schema xmlns:x='http://www.w3.org/2001/XMLSchema'><x:element name='SystemMap'>"
+           "<x:complexType><x:attribute name='security'/></x:complexType></x:element></x:schema>";
+}
+
 static void ExpectRefused(const Tree& tree, const std::string& map) {
     const std::string before = tree.Read(map);
     const Result r = tree.Run({"-f", map, "-security", "true"});
@@ -136,14 +143,19 @@ TEST(Xml, RefusedMaps) {
     const std::string dtd = "<!DOCTYPE S [<!ELEMENT S ANY><!ATTLIST S a CDATA ''>";
     const std::string xsi =
         "<SystemMap security='' xmlns:x='http://www.w3.org/2001/XMLSchema-instance' x:";
+    const std::string any = "<!ELEMENT SystemMap ANY><!ATTLIST SystemMap security CDATA #IMPLIED>";
     EXPECT_EQ(
         tree.Shell("mkfifo fifo; mkdir folder; echo '<!ELEMENT SystemMap EMPTY>' >ok.dtd").err, "");
+    tree.Write("any.dtd", any);
+    tree.Write("entity.dtd", any + "<!ENTITY % e SYSTEM 'any.dtd'>");
+    tree.Write("entity.xsd", SchemaWith("<!ENTITY % e SYSTEM 'any.dtd'>%e;"));
     // clang-format off
     std::vector<std::string> maps = {
         "", "<SystemMap/><SystemMap/>", "<SystemMap a='\xff'/>", "<SystemMap a='' a=''/>",
         "<SystemMap a='&none;'/>", "<SystemMap a='1' xmlns:n='u' n:a='2'/>",
         "<SystemMap xmlns:n='u' n:xmlns='2'/>", "<?xml version=\"1.0'\"?><SystemMap security=''/>",
         dtd + "<!ENTITY e SYSTEM 'http://127.0.0.1:9/x'>]><S>&e;</S>", dtd + "<!ENTITY e SYSTEM 'ok.dtd'>]><S/>",
+        dtd + "<!ENTITY % e SYSTEM 'any.dtd'>]><S/>", xsi + "noNamespaceSchemaLocation='entity.xsd'/>",
         xsi + "noNamespaceSchemaLocation='http://127.0.0.1:9/x'/>",
         xsi + "noNamespaceSchemaLocation='none.xsd'/>", xsi + "schemaLocation='u http://127.0.0.1:9/x'/>",
         dtd + "<!ENTITY e '" + Times(1025, "x") + "'>]><S a='&e;'/>",
@@ -151,8 +163,11 @@ TEST(Xml, RefusedMaps) {
             Times(300, "&b;") + "'>]><S a='" + Times(300, "&c;") + "'/>"};
     // clang-format on
     // The grammar ok.dtd declares no attribute.
-    for (const std::string name : {"http://127.0.0.1:9/x", "file://host/etc/passwd", "none.dtd",
-                                   "fifo", "folder", "ok.dtd"}) {
+    const std::string url = "file:" + tree.Path("any.dtd");
+    for (const std::string& name :
+         {std::string("http://127.0.0.1:9/x"), std::string("file://host/etc/passwd"),
+          std::string("none.dtd"), std::string("fifo"), std::string("folder"),
+          std::string("ok.dtd"), std::string("entity.dtd"), url + "%00", url + "%", url + "%2"}) {
         maps.push_back("<!DOCTYPE SystemMap SYSTEM '" + name + "'><SystemMap security=''/>");
     }
     const std::string whole =
@@ -179,6 +194,11 @@ TEST(Xml, LocalGrammarsAndNames) {
         ExpectRuns(tree, "tqsmgr -f '" + name + "' -security true; cat '" + name + "'",
                    {{"", 0, kSet + "/>\n"}});
     }
+    tree.Write("x.xsd", SchemaWith("<!ENTITY % e '<!ENTITY f \"\">'>%e;"));
+    tree.Write(kMap,
+               "<SystemMap xmlns:x='http://www.w3.org/2001/XMLSchema-instance' security='' "
+               "x:noNamespaceSchemaLocation='../../../../x.xsd'/>");
+    ExpectRuns(tree, "tqsmgr", {{"-security true", 0}});
 }
 
 TEST(Xml, Depth) {

@@ -11,10 +11,11 @@
 class FileSource : public xercesc::InputSource {
   public:
     // A source whose file is opened when the parser asks for it. A file that cannot be opened, or
-    // read, is the parser's fatal error.
+    // read, is the parser's fatal error, also where the parser would rather do without.
     explicit FileSource(std::string path);
 
     [[nodiscard]] xercesc::BinInputStream* makeStream() const override;
+    [[nodiscard]] bool getIssueFatalErrorIfNotFound() const override { return true; }
 
   private:
     std::string path_;

@@ -209,12 +209,9 @@ void RefuseReference(const DocumentInfo& info, const XMLCh* system_id) {
     MyContentHandler::Refuse(info, "reference to '" + ToUtf8(system_id) + "' is not allowed");
 }
 
-// A parameter entity is part of the document type, which may lie in files; any other would bring a
-// file's content into the map.
-void MyEntityHandler::externalEntityDecl(const XMLCh* name, const XMLCh*, const XMLCh* system_id) {
-    if (info_.rules == DocumentRules::kForeign || *name != u'%') {
-        RefuseReference(info_, system_id);
-    }
+// An entity would bring a file's content into the map, a parameter entity through another's value.
+void MyEntityHandler::externalEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
+    RefuseReference(info_, system_id);
 }
 
 void MyContentHandler::notationDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
@@ -252,6 +249,13 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     const std::string reference = ToUtf8(identifier->getSystemId());
     if (reference.empty()) {
         return nullptr;
+    }
+    // The one such entity of the document is the rest of its document type. A schema may have a
+    // document type of its own, of whose entities the handlers are not told.
+    using Identifier = xercesc::XMLResourceIdentifier;
+    if (identifier->getResourceIdentifierType() == Identifier::ExternalEntity &&
+        !info_.in_document_type) {
+        RefuseReference(info_, identifier->getSystemId());
     }
     const XMLCh* base_id = identifier->getBaseURI();
     const bool in_document = base_id == nullptr || *base_id == 0 || base_id == ToUtf16(info_.path);

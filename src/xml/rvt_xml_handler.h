@@ -21,6 +21,7 @@ struct DocumentInfo {
     std::string path;  // as messages name it: by its bytes
     DocumentRules rules = DocumentRules::kMap;
     size_t size = 0;                            // bytes of a foreign document
+    bool in_document_type = false;              // whether the parser is in the document type
     const xercesc::Locator* locator = nullptr;  // where the parser is
 };
 
@@ -60,16 +61,23 @@ class MyContentHandler : public xercesc::DefaultHandler {
     size_t value_bytes_ = 0;
 };
 
-// Comments.
+// Comments, and where the document type is.
 class MyLexicalHandler : public xercesc::LexicalHandler {
   public:
+    explicit MyLexicalHandler(DocumentInfo& info) : info_(info) {}
+
     void comment(const XMLCh* text, XMLSize_t length) override;
-    void startDTD(const XMLCh*, const XMLCh*, const XMLCh*) override {}
-    void endDTD() override {}
+    void startDTD(const XMLCh*, const XMLCh*, const XMLCh*) override {
+        info_.in_document_type = true;
+    }
+    void endDTD() override { info_.in_document_type = false; }
     void startEntity(const XMLCh*) override {}
     void endEntity(const XMLCh*) override {}
     void startCDATA() override {}
     void endCDATA() override {}
+
+  private:
+    DocumentInfo& info_;
 };
 
 // The XML declaration.

@@ -46,7 +46,7 @@ void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
     xercesc::SAX2XMLReaderImpl reader;
     SetFeatures(reader);
     MyContentHandler content(info);
-    MyLexicalHandler lexical;
+    MyLexicalHandler lexical(info);
     MyXMLDocumentHandler document(info);
     MyEntityHandler entities(info);
     reader.setContentHandler(&content);

@@ -11,8 +11,9 @@
 
 // What a document may refer to, and what it may hold.
 enum class DocumentRules {
-    // The map: may name a DTD or schema that is a regular local file; an element with two
-    // attributes of equal local names is refused, since the map could not be written back.
+    // The map: may name a DTD or schema that is a regular local file, by its path or a file: URL;
+    // no entity, not even in those, may be a file. An element with two attributes of equal local
+    // names is refused, since the map could not be written back.
     kMap,
     // A document from outside: may refer to no other file at all.
     kForeign,
