@@ -187,10 +187,13 @@ TEST(Xml, RefusedMaps) {
 TEST(Xml, LocalGrammarsAndNames) {
     const Tree tree;
     const std::string name = "a b%41#x&\xff\xe9.xml";
-    tree.Write("x.dtd", "<!ELEMENT SystemMap ANY><!ATTLIST SystemMap security CDATA #IMPLIED>");
-    for (const std::string& from : {std::string(), "file://" + tree.Path(""),
-                                    "file://localhost" + tree.Path(""), "file:" + tree.Path("")}) {
-        tree.Write(name, "<!DOCTYPE SystemMap SYSTEM '" + from + "x.dtd'><SystemMap security=''/>");
+    tree.Write("x %41.dtd",
+               "<!ENTITY % any 'ANY'><!ELEMENT SystemMap %any;>"
+               "<!ATTLIST SystemMap security CDATA #IMPLIED>");
+    for (const std::string& dtd :
+         {std::string("x %41.dtd"), "file://" + tree.Path("x %2541.dtd"),
+          "file://localhost" + tree.Path("x%20%2541.dtd"), "file:" + tree.Path("%78 %2541.dtd")}) {
+        tree.Write(name, "<!DOCTYPE SystemMap SYSTEM '" + dtd + "'><SystemMap security=''/>");
         ExpectRuns(tree, "tqsmgr -f '" + name + "' -security true; cat '" + name + "'",
                    {{"", 0, kSet + "/>\n"}});
     }

@@ -227,12 +227,38 @@ void MyContentHandler::unparsedEntityDecl(const XMLCh*, const XMLCh*, const XMLC
     }
 }
 
+// The value of a hexadecimal digit; -1 for another character.
+static int DigitValue(char c) {
+    const size_t value = std::string_view("0123456789abcdef").find(LowerCase(c));
+    return value == std::string_view::npos ? -1 : static_cast<int>(value);
+}
+
+// The path of a URL, whose escapes (%20) stand for bytes; empty when one is malformed, or would end
+// the path.
+static std::string Decoded(std::string_view path) {
+    std::string decoded;
+    for (; !path.empty(); path.remove_prefix(1)) {
+        if (path[0] != '%') {
+            decoded += path[0];
+            continue;
+        }
+        const int high = path.size() < 3 ? -1 : DigitValue(path[1]);
+        const int low = path.size() < 3 ? -1 : DigitValue(path[2]);
+        if (high < 0 || low < 0 || high + low == 0) {
+            return "";
+        }
+        decoded += static_cast<char>(high * 16 + low);
+        path.remove_prefix(2);
+    }
+    return decoded;
+}
+
 // The local path that "reference" means in the document "base"; empty for any other URL.
 static std::string LocalPath(const std::string& reference, const std::string& base) {
     for (const std::string_view form : {"file:///", "file://localhost/", "file:/"}) {
         const size_t slash = form.size() - 1;
         if (reference.compare(0, form.size(), form) == 0 && reference[slash + 1] != '/') {
-            return reference.substr(slash);
+            return Decoded(std::string_view(reference).substr(slash));
         }
     }
     if (reference.find("://") != std::string::npos) {
