@@ -23,6 +23,11 @@ std::string Levels(int levels, size_t factor, const std::string& kind, const std
     return text;
 }
 
+// The numbers below "n" as the tokens of an enumeration.
+std::string Numbers(int n) {
+    return n == 1 ? "0" : Numbers(n - 1) + "|" + std::to_string(n - 1);
+}
+
 std::string WithDtd(const std::string& more, const std::string& cache) {
     return kDeclared + "<!DOCTYPE Cache [<!ELEMENT Cache ANY><!ELEMENT x EMPTY><!ATTLIST Cache a CDATA #IMPLIED>" + more + "]>" + cache;
 }
@@ -54,6 +59,8 @@ TEST(Cache, ReplacesTheOldOneOrIsRefused) {
     // A line is dropped from its first zero byte on.
     CheckCache(kDeclared + std::string("<p:Cache xmlns:p='u' p:k='1'>\n\0<b>\n<c/>\0\n</p:Cache>", 51), 0, "        <Cache k=\"1\">\n            <c/>\n        </Cache>\n");
     CheckCache(WithDtd(Levels(10, 10, "", "x") + y, "<Cache a='&e1;&e;'/>"), 0, "        <Cache\n            a=\"xxxxxxxxxx" + std::string(1024, 'y') + "\"/>\n");
+    CheckCache(WithDtd("<!ATTLIST x b (" + Numbers(1024) + ") #IMPLIED><!ELEMENT y (#PCDATA|" + Times(1023, "x|") + "x)*>", "<Cache/>"), 0, "        <Cache/>\n");
+    CheckCache(WithDtd("<!ELEMENT y ((x|y)*,x" + Times(8, ",(x|y)") + ")>", "<Cache><y>" + Times(9, "<x/>") + "</y></Cache>"), 0, "*");
     CheckCache(kDeclared + "<Cache>" + Times(297, "<a>") + Times(297, "</a>") + "</Cache>", 0, "*");
     CheckCache(kDeclared + "<Cache>" + Times(298, "<a>") + Times(298, "</a>") + "</Cache>", 90, "RVT_Node_Stack::Push(): stack overflow\n");
     CheckCache(kDeclared + "<Cache/>", 1, "tqsmgr: Cannot find Platform \"LAB\".\n", "LAB");
@@ -65,6 +72,10 @@ TEST(Cache, ReplacesTheOldOneOrIsRefused) {
           kDeclared + "<Cache xmlns:p='u' xmlns:q='v'><x p:k='1' q:k='2'/></Cache>", "<?xml version=\"1.1\"?><Cache><a b='&#x1f;'/></Cache>"}},
         {"'xmlns' is not allowed", {kDeclared + "<Cache xmlns:p='u' p:xmlns='v'/>"}},
         {"longer than 1024 characters", {WithDtd(y + "<!ATTLIST x b CDATA '&e;y'>", "<Cache/>"), WithDtd("<!ENTITY e \"" + std::string(1025, 'x') + "\">", "<Cache/>")}},
+        {"attribute 'b' has more than 1024 tokens", {WithDtd("<!ATTLIST x b (" + Numbers(1025) + ") #IMPLIED>", "<Cache/>")}},
+        {"element 'y' has more than 1024 names",
+         {WithDtd("<!ELEMENT y (#PCDATA|" + Times(1024, "x|") + "x)*>", "<Cache/>"), WithDtd("<!ELEMENT y (x)><!ELEMENT y (" + Times(1024, "x,") + "x)>", "<Cache/>")}},
+        {"element 'y' is nested too deep", {WithDtd("<!ELEMENT y " + Times(4100, "(") + "x" + Times(4100, ")*") + ">", "<Cache/>")}},
         {"' is not allowed",
          {WithDtd("<!ENTITY e SYSTEM \"fifo\">", "<Cache>&e;</Cache>"), WithDtd("<!ENTITY e SYSTEM \"http://127.0.0.1:9/\">", "<Cache/>"),
           WithDtd("<!ENTITY e SYSTEM \"document\">", "<Cache/>"), WithDtd("<!ENTITY % e SYSTEM \"fifo\">%e;", "<Cache/>"),

@@ -9,6 +9,7 @@
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
+#include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include "base/calls.h"
 #include "base/error.h"
@@ -198,10 +199,57 @@ void MyEntityHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value) 
     CheckLength(info_, "the value of entity '" + ToUtf8(name) + "'", value);
 }
 
-void MyEntityHandler::attributeDecl(const XMLCh*, const XMLCh* attribute, const XMLCh*,
+// Refuses "what" of a foreign document when it has more than kMostNames "parts".
+static void CheckNumber(const DocumentInfo& info, const std::string& what, size_t number,
+                        const std::string& parts) {
+    if (info.rules == DocumentRules::kForeign && number > MyEntityHandler::kMostNames) {
+        MyContentHandler::Refuse(
+            info,
+            what + " has more than " + std::to_string(MyEntityHandler::kMostNames) + " " + parts);
+    }
+}
+
+void MyEntityHandler::attributeDecl(const XMLCh*, const XMLCh* attribute, const XMLCh* type,
                                     const XMLCh*, const XMLCh* value) {
+    const std::u16string_view text(type);
+    const auto bars = static_cast<size_t>(std::count(text.begin(), text.end(), u'|'));
+    CheckNumber(info_, "the enumeration of attribute '" + ToUtf8(attribute) + "'", bars + 1,
+                "tokens");
     if (value != nullptr) {
         CheckLength(info_, "the default of attribute '" + ToUtf8(attribute) + "'", value);
+    }
+}
+
+// Whether a node of a content model is a name, #PCDATA being none.
+static bool IsName(const xercesc::ContentSpecNode& node) {
+    return node.getType() == xercesc::ContentSpecNode::Leaf &&
+           node.getElement()->getURI() != xercesc::XMLElementDecl::fgPCDataElemId;
+}
+
+void CheckContentModel(const DocumentInfo& info, const xercesc::DTDElementDecl& element) {
+    // A name takes three nodes: one that joins it to the next, one where it is repeated, and its
+    // own.
+    static constexpr size_t kMostNodes = 4 * MyEntityHandler::kMostNames;
+    if (info.rules != DocumentRules::kForeign) {
+        return;
+    }
+    size_t nodes = 0;
+    size_t names = 0;
+    std::vector<const xercesc::ContentSpecNode*> left = {element.getContentSpec()};
+    while (!left.empty()) {
+        const xercesc::ContentSpecNode* node = left.back();
+        left.pop_back();
+        if (node != nullptr) {
+            ++nodes;
+            names += IsName(*node) ? 1 : 0;
+            left.push_back(node->getFirst());
+            left.push_back(node->getSecond());
+        }
+    }
+    const std::string what = "the content model of element '" + ToUtf8(element.getFullName()) + "'";
+    CheckNumber(info, what, names, "names");
+    if (nodes > kMostNodes) {
+        MyContentHandler::Refuse(info, what + " is nested too deep");
     }
 }
 

@@ -9,6 +9,7 @@
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/LexicalHandler.hpp>
 #include <xercesc/util/XMLEntityResolver.hpp>
+#include <xercesc/validators/DTD/DTDElementDecl.hpp>
 
 #include "xml/rvt_node_stack.h"
 #include "xml/rvt_xml_parser.h"
@@ -27,6 +28,10 @@ struct DocumentInfo {
 
 // The refusal of a reference to another file.
 [[noreturn]] void RefuseReference(const DocumentInfo& info, const XMLCh* system_id);
+
+// Refuses a content model of more than MyEntityHandler::kMostNames names in a foreign document, and
+// one nested so deep that the library would run out of stack.
+void CheckContentModel(const DocumentInfo& info, const xercesc::DTDElementDecl& element);
 
 // Elements and errors.
 class MyContentHandler : public xercesc::DefaultHandler {
@@ -106,12 +111,16 @@ class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
     const DocumentInfo& info_;
 };
 
-// Entities: how long one may be, and which files a document may name.
+// Entities and other declarations: how large one may be, and which files a document may name.
 class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityResolver {
   public:
     // Characters that an internal entity, or the default of an attribute, may have; together with
     // the limit on the number of expansions this bounds what a document can grow to.
     static constexpr size_t kLongestEntity = 1024;
+
+    // Tokens of an enumeration, and names of a content model, in a foreign document: what the
+    // library does with them takes the square of their number.
+    static constexpr size_t kMostNames = 1024;
 
     explicit MyEntityHandler(const DocumentInfo& info) : info_(info) {}
 
