@@ -97,6 +97,7 @@ TEST(Cache, Explosions) {
         {WithDtd(bomb, "<Cache>&e9;</Cache>"), "rror at file "}, {WithDtd(bomb, "<Cache a='&e9;'/>"), "rror at file "},
         {WithDtd(bomb + "<!ATTLIST x b CDATA '&e9;'>", "<Cache/>"), "rror at file "},
         {WithDtd(y, "<Cache>" + Times(60000, "&e;") + "</Cache>"), "rror at file "},
+        {WithDtd("<!ELEMENT y ((x|y)*,x" + Times(30, ",(x|y)") + ")>", "<Cache><y><x/></y></Cache>"), "line 0, char 0.\n   out of memory"},
         {WithDtd(Levels(25, 2, "% ", "<!-- -->") + "%e24;", "<Cache/>"), "too many entity expansions"},
         {WithDtd(y + "<!ATTLIST x b CDATA '&e;'>", "<Cache>" + Times(66000, "<x/>") + "</Cache>"), "attribute values grow too large"}}) {
         CheckCache(document, 20, message);

@@ -204,6 +204,16 @@ TEST(Xml, LocalGrammarsAndNames) {
     ExpectRuns(tree, "tqsmgr", {{"-security true", 0}});
 }
 
+// Of runs with less and less memory, the first that fails.
+TEST(Xml, MemoryRunsOut) {
+    const Tree tree;
+    const Result r = tree.Shell(
+        "v=120000; while (ulimit -v $v; exec tqsmgr -view security >out); do "
+        "v=$((v - 2000)); done");
+    EXPECT_EQ(r.err, "tqsmgr: Error at file " + kMap + ", line 0, char 0.\n   out of memory\n");
+    EXPECT_NE(tree.Read(kLog).find("# EXIT CODE: 20\n"), std::string::npos) << tree.Read(kLog);
+}
+
 TEST(Xml, Depth) {
     const Tree tree;
     for (const size_t n : {299U, 300U}) {

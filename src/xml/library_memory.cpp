@@ -1,11 +1,16 @@
 #include "xml/library_memory.h"
 
+#include <malloc.h>
+
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <xercesc/internal/XMLReader.hpp>
-#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "base/arena.h"
+
+static constexpr size_t kAlignment = alignof(std::max_align_t);
 
 // A reader is far larger than anything else that the library asks for at once, but for its few
 // bytes of header.
@@ -14,24 +19,56 @@ static bool IsReader(size_t size) {
     return size >= sizeof(xercesc::XMLReader) && size < sizeof(xercesc::XMLReader) + kHeader;
 }
 
+void LibraryMemory::Begin(DocumentInfo& info) {
+    constexpr size_t kReserve = size_t{64} << 10;
+    info_ = &info;
+    readers_ = 0;
+    limit_ = info.rules == DocumentRules::kForeign
+                 ? held_ + kMostForAnyDocument + kMostForEachByte * info.size
+                 : SIZE_MAX;
+    if (reserve_ == nullptr) {
+        reserve_.reset(new (std::nothrow) std::byte[kReserve]);
+        if (reserve_ == nullptr) {
+            EndRun();
+        }
+    }
+}
+
+void LibraryMemory::EndRun(const char* why) {
+    reserve_.reset();
+    info_->locator = nullptr;
+    MyContentHandler::Refuse(*info_, why);
+}
+
+std::byte* LibraryMemory::AllocateFromArena(size_t size) {
+    if (block_ == nullptr) {
+        auto* block = static_cast<std::byte*>(arena::Allocate(kFromArena + 2 * kAlignment));
+        block_ = block + kAlignment - reinterpret_cast<size_t>(block) % kAlignment;
+    }
+    std::byte* memory = block_ + used_;
+    used_ = std::min(used_ + (size + kAlignment - 1) / kAlignment * kAlignment, kFromArena);
+    return memory;
+}
+
+// Counts what a block really takes, which the heap knows anyway: the library does not say how large
+// a block is that it frees.
+void* LibraryMemory::AllocateFromHeap(size_t size) {
+    void* memory = held_ > limit_ || size > limit_ - held_ ? nullptr : malloc(size);
+    if (memory == nullptr) {
+        EndRun();
+    }
+    held_ += malloc_usable_size(memory);
+    return memory;
+}
+
 void* LibraryMemory::allocate(XMLSize_t size) {
     if (IsReader(size) && ++readers_ > kMostReaders) {
-        throw xercesc::OutOfMemoryException();
+        EndRun("too many entity expansions");
     }
-    constexpr size_t kAlignment = alignof(std::max_align_t);
     try {
-        if (size > kFromArena - used_) {
-            return ::operator new(size);
-        }
-        if (block_ == nullptr) {
-            auto* block = static_cast<std::byte*>(arena::Allocate(kFromArena + 2 * kAlignment));
-            block_ = block + kAlignment - reinterpret_cast<size_t>(block) % kAlignment;
-        }
-        void* memory = block_ + used_;
-        used_ = std::min(used_ + (size + kAlignment - 1) / kAlignment * kAlignment, kFromArena);
-        return memory;
+        return size > kFromArena - used_ ? AllocateFromHeap(size) : AllocateFromArena(size);
     } catch (const std::bad_alloc&) {
-        throw xercesc::OutOfMemoryException();
+        EndRun();
     }
 }
 
@@ -39,6 +76,7 @@ void LibraryMemory::deallocate(void* memory) {
     auto* byte = static_cast<std::byte*>(memory);
     const bool from_arena = block_ != nullptr && byte >= block_ && byte < block_ + kFromArena;
     if (!from_arena) {
-        ::operator delete(memory);
+        held_ -= malloc_usable_size(memory);
+        free(memory);
     }
 }

@@ -2,13 +2,17 @@
 // fresh heap costs a short run a sixth of its time, so the first of it comes from the arena, which
 // lies on a huge page; whatever is asked for beyond that comes from the heap.
 //
-// It is also where expansion is bounded: the library makes one of its large readers for each entity
-// that it expands, but its own limit does not count those in the document type (parameter entities,
-// attribute defaults).
+// It is also where a document is bounded. The library makes one of its large readers for each
+// entity that it expands, but its own limit does not count those in the document type (parameter
+// entities, attribute defaults). And a content model of a few hundred bytes can make it build a
+// table of gigabytes.
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <xercesc/framework/MemoryManager.hpp>
+
+#include "xml/rvt_xml_handler.h"
 
 class LibraryMemory : public xercesc::MemoryManager {
   public:
@@ -19,17 +23,33 @@ class LibraryMemory : public xercesc::MemoryManager {
     // which has the better message where it counts.
     static constexpr size_t kMostReaders = 60000;
 
-    // Begins to count anew, for the next document.
-    void CountReaders() { readers_ = 0; }
-    [[nodiscard]] bool HasTooManyReaders() const { return readers_ > kMostReaders; }
+    // Bytes of the heap that a foreign document may need, besides some for each byte of its own.
+    static constexpr size_t kMostForAnyDocument = size_t{64} << 20;
+    static constexpr size_t kMostForEachByte = 32;
 
-    // Throws the library's OutOfMemoryException when there is no memory, or too many readers.
+    // Begins to count anew, for the next document, which must outlive its reading.
+    void Begin(DocumentInfo& info);
+
+    // Memory for the library. Where there is none, or no more for this document, or too many
+    // readers are asked for, the run ends here: the library also asks in its destructors, and where
+    // it takes any exception for something else.
     void* allocate(XMLSize_t size) override;
     void deallocate(void* memory) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override { return this; }
 
+    // Ends the run as the reader does, for lack of memory or "why", with no place in the document:
+    // the parser may be in the middle of anything.
+    [[noreturn]] void EndRun(const char* why = "out of memory");
+
   private:
+    std::byte* AllocateFromArena(size_t size);
+    void* AllocateFromHeap(size_t size);
+
+    DocumentInfo* info_ = nullptr;
     std::byte* block_ = nullptr;
     size_t used_ = 0;
     size_t readers_ = 0;
+    size_t held_ = 0;  // bytes of the heap in use
+    size_t limit_ = 0;
+    std::unique_ptr<std::byte[]> reserve_;  // for the message and the log
 };

@@ -4,6 +4,7 @@
 #include <new>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -24,6 +25,13 @@ constexpr bool schemaFullChecking = false;
 constexpr bool namespacePrefixes = false;
 
 LibraryMemory library_memory;
+
+// Everything that the library needs at its start is part of the program, so when it cannot go on
+// there, or says no more than that something failed, it lacks memory.
+class StartHandler : public xercesc::PanicHandler {
+  public:
+    void panic(const PanicReasons) override { library_memory.EndRun(); }
+};
 
 // The library's reader. The handlers are told the text of a content model, but of an element that
 // is declared twice that of the first declaration alone, while the second counts.
@@ -71,31 +79,16 @@ void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
     reader.setDeclarationHandler(&entities);
     reader.setXMLEntityResolver(&entities);
     reader.setProperty(xercesc::XMLUni::fgXercesSecurityManager, &security);
-    library_memory.CountReaders();
-    bool has_memory = true;
-    try {
-        reader.parse(source);
-    } catch (const xercesc::OutOfMemoryException&) {
-        has_memory = false;
-    } catch (const std::bad_alloc&) {
-        has_memory = false;
-    }
-    if (!has_memory) {
-        // The parser no longer knows where it was.
-        info.locator = nullptr;
-        MyContentHandler::Refuse(info, library_memory.HasTooManyReaders()
-                                           ? "too many entity expansions"
-                                           : "out of memory");
-    }
+    reader.parse(source);
 }
 
 // Parses what "make_source" returns; it is called once the library is ready.
 template <typename MakeSource>
-int Parse(DocumentInfo info, RVT_XML_Tree* tree, MakeSource make_source) {
-    SetXMLTree(tree);
+int ParseWithLibrary(DocumentInfo& info, MakeSource make_source) {
+    static StartHandler start_handler;
     try {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                              nullptr, &library_memory);
+                                              &start_handler, &library_memory);
     } catch (const xercesc::XMLException& failure) {
         static_cast<void>(fprintf(stderr, "Error during initialization! :\n%s\n",
                                   ToUtf8(failure.getMessage()).c_str()));
@@ -111,6 +104,20 @@ int Parse(DocumentInfo info, RVT_XML_Tree* tree, MakeSource make_source) {
     }
     xercesc::XMLPlatformUtils::Terminate();
     return result;
+}
+
+// ParseWithLibrary, ending the run where the memory ends that the handlers need.
+template <typename MakeSource>
+int Parse(DocumentInfo info, RVT_XML_Tree* tree, MakeSource make_source) {
+    SetXMLTree(tree);
+    library_memory.Begin(info);
+    try {
+        return ParseWithLibrary(info, make_source);
+    } catch (const xercesc::OutOfMemoryException&) {
+        library_memory.EndRun();
+    } catch (const std::bad_alloc&) {
+        library_memory.EndRun();
+    }
 }
 
 }  // namespace

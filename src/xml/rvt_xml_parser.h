@@ -15,7 +15,8 @@ enum class DocumentRules {
     // no entity, not even in those, may be a file. An element with two attributes of equal local
     // names is refused, since the map could not be written back.
     kMap,
-    // A document from outside: may refer to no other file at all.
+    // A document from outside: may refer to no other file at all. What its values grow to, the
+    // memory that the parser may take, and the size of its declarations are bounded.
     kForeign,
 };
 
@@ -26,7 +27,8 @@ enum class DocumentRules {
 //     Error at file map.xml, line 3, char 7.
 //        expected end of tag 'Platform'
 // (with a small "e" for errors of validation); more than RVT_Node_Stack::kDepth open elements end
-// it with kNodeStack. Expansion of entities is bounded.
+// it with kNodeStack. Expansion of entities is bounded. Memory that runs out in the library is an
+// error at line 0, char 0, "out of memory".
 int ParseXMLFile(const char* path, RVT_XML_Tree* tree, DocumentRules rules = DocumentRules::kMap);
 
 // The same for a foreign document in memory; "name" stands for its path in messages.
