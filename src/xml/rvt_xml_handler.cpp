@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -138,11 +137,10 @@ void MyContentHandler::fatalError(const xercesc::SAXParseException& exception) {
 }
 
 void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
-    static_cast<void>(fprintf(stderr, "\nWarning at file %s, line %llu, char %llu\n  Message: %s\n",
-                              FileOf(exception.getSystemId(), info_).c_str(),
-                              static_cast<unsigned long long>(exception.getLineNumber()),
-                              static_cast<unsigned long long>(exception.getColumnNumber()),
-                              ToUtf8(exception.getMessage()).c_str()));
+    Complain("\nWarning at file " + FileOf(exception.getSystemId(), info_) + ", line " +
+             std::to_string(exception.getLineNumber()) + ", char " +
+             std::to_string(exception.getColumnNumber()) +
+             "\n  Message: " + ToUtf8(exception.getMessage()) + "\n");
 }
 
 void MyLexicalHandler::comment(const XMLCh* text, XMLSize_t length) {

@@ -1,6 +1,5 @@
 #include "xml/rvt_xml_parser.h"
 
-#include <cstdio>
 #include <new>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
@@ -9,6 +8,7 @@
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
+#include "base/error.h"
 #include "base/text.h"
 #include "xml/file_source.h"
 #include "xml/library_memory.h"
@@ -90,16 +90,14 @@ int ParseWithLibrary(DocumentInfo& info, MakeSource make_source) {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
                                               &start_handler, &library_memory);
     } catch (const xercesc::XMLException& failure) {
-        static_cast<void>(fprintf(stderr, "Error during initialization! :\n%s\n",
-                                  ToUtf8(failure.getMessage()).c_str()));
+        Complain("Error during initialization! :\n" + ToUtf8(failure.getMessage()) + "\n");
         return 1;
     }
     int result = 0;
     try {
         ParseWithHandlers(make_source(), info);
     } catch (const xercesc::XMLException& failure) {
-        static_cast<void>(fprintf(stderr, "\nAn error occurred\n  Error: %s\n\n",
-                                  ToUtf8(failure.getMessage()).c_str()));
+        Complain("\nAn error occurred\n  Error: " + ToUtf8(failure.getMessage()) + "\n\n");
         result = 4;
     }
     xercesc::XMLPlatformUtils::Terminate();
