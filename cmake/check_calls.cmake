@@ -1,6 +1,6 @@
-# Refuses to link "target" when an object of the libraries that follow makes a system call on files:
-# such calls are made in src/base/calls.cpp alone, where tests can make them fail. process.cpp opens
-# /dev/null for standard descriptors and is no exception to anything else.
+# Refuses to link "target" when an object of the libraries that follow makes a system call on files,
+# by itself or through a stream: such calls are made in src/base/calls.cpp alone, where tests can
+# make them fail. process.cpp may open and close, for standard descriptors that are missing.
 function(check_calls target)
   set(objects)
   foreach(library ${ARGN})
