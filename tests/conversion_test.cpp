@@ -1,16 +1,4 @@
 // Maps of earlier formats brought to the current one.
-#include "model/conversion.h"
-
-#include <strings.h>
-
-#include <random>
-#include <regex>
-
-#include "base/output.h"
-#include "xml/rvt_xml_parser.h"
-#include "xml/rvt_xml_writer.h"
-
-// After the headers whose names it would hide.
 #include "sample_map.h"
 
 namespace {
@@ -38,6 +26,12 @@ TEST(Conversion, FourteenSteps) {
         lab("ID=6;Name=P-web;Address=2;Model=X9;Last TS Port=9" + Replaced(all, ";Last TS Port=2008", "")) +
         lab("ID=7;Name=p-Lab;Address=3;Model=Unknown" + all);
     Check({before, "-U", 0, after}, kOldFormat);
+    // A prefixed name may be taken, also by one that was prefixed before, or by a console.
+    const auto named = [&](const char* id, const std::string& name, const std::string& inside = "") {
+        return lab(std::string("ID=") + id + ";Name=" + name + ";Address=" + id + ";Model=X9" + all, inside); };
+    const std::string taken = ConsoleText(8, "ID=5:1;Name=p-P-X"), z = ConsoleText(4, "ID=8:5;Name=Z");
+    Check({named("1", "x") + named("2", "X") + named("3", "P-x") + named("4", "p-X") + named("5", "y", taken) + z + named("6", "z") + named("7", "P-z"), "-U", 0,
+           named("1", "P-P-P-x") + named("2", "X") + named("3", "P-P-P-P-x") + named("4", "p-X") + named("5", "y", taken) + z + named("6", "P-P-z") + named("7", "P-z")}, kOldFormat);
     // Without the reference files every value is unknown.
     const Tree tree;
     tree.WriteMap(PlatformText("ID=1;Name=a", ConsoleText(8, "ID=1:1;Type=linux")), kOldFormat);
@@ -63,108 +57,6 @@ TEST(Conversion, FailuresLeaveTheFile) {
     EXPECT_EQ(tree.Read(kMap) + tree.Read(kKfxConf), "<SystemMap version='3.0'><!-- x --></SystemMap>" + kKfxConfHeader);
 }
 
-// The plain definitions of merging and renaming, which look at the whole map for every platform.
-struct Item {
-    std::string tag, id, name, address;  // "~" for none
-    std::vector<Item> children = {};
-    bool deleted = false;
-};
-
-std::string Text(const Item& item, size_t depth) {
-    std::string inside;
-    for (const Item& child : item.children) {
-        inside += child.deleted ? "" : Text(child, depth + 4);
-    }
-    const std::string values = "ID=" + item.id + ";Name=" + item.name + ";Address=" + item.address;
-    if (depth == 0) {
-        return "<SystemMap>\n" + inside + "</SystemMap>\n";
-    }
-    const std::string text = ElementText(depth, item.tag, values, inside);
-    if (item.name != "~" || item.address != "~") {
-        return text;
-    }
-    // Without name and address there is no property map at all.
-    const std::regex no_map(" *<PropertyMap [^>]*>\n *</PropertyMap>\n"), empty("(<" + item.tag + " [^>]*)>\n *</" + item.tag + ">");
-    return std::regex_replace(std::regex_replace(text, no_map, ""), empty, "$1/>");
-}
-
-void PlainMerge(Item& map) {
-    for (Item& p : map.children) {
-        for (Item& q : map.children) {
-            if (&q == &p || p.tag != "Platform" || q.tag != "Platform" || p.deleted || q.deleted || p.address == "~" || p.address != q.address) {
-                continue;
-            }
-            for (Item& child : q.children) {
-                child.id = child.id.rfind(q.id, 0) == 0 ? p.id + child.id.substr(q.id.size()) : child.id;
-                p.children.insert(p.children.end(), child.tag == "Console" ? 1 : 0, child);
-            }
-            q = {q.tag, q.id, q.name, q.address, {}, true};
-        }
-    }
-}
-
-int PlainCount(const Item& item, const std::string& name) {
-    int count = strcasecmp(item.name.c_str(), name.c_str()) == 0 ? 1 : 0;
-    for (const Item& child : item.children) {
-        // A platform without a name is passed over with its consoles.
-        const bool passed_over = child.tag == "Cache" || (child.tag == "Platform" && child.name == "~");
-        count += passed_over ? 0 : PlainCount(child, name);
-    }
-    return count;
-}
-
-// The code: 1 at the first platform without a name.
-int PlainRename(Item& map) {
-    for (Item& platform : map.children) {
-        std::string name = platform.name;
-        if (platform.tag == "Platform" && name == "~") {
-            return 1;
-        }
-        const bool renamed = platform.tag == "Platform" && PlainCount(map, name) != 1;
-        while (renamed && (name == platform.name || PlainCount(map, name) != 0)) {
-            name = "P-" + name;
-        }
-        platform.name = name;
-    }
-    return 0;
-}
-
-// Few names and addresses, so that they meet, but too few elements for a line that wraps.
-Item RandomItem(std::mt19937& random, const std::string& tag) {
-    const auto pick = [&random](const std::vector<const char*>& texts) { return texts[random() % texts.size()]; };
-    Item item = {tag, pick({"1", "2", "12", "2:1"}), pick({"a", "A", "b", "c", "d", "P-a", "p-A", "P-b", "", random() % 4 == 0 ? "~" : "e"}), pick({"1", "2", "3", "1 ", "", "~"})};
-    while (tag == "Platform" && random() % 2 == 0) {
-        item.children.push_back(RandomItem(random, random() % 5 == 0 ? "Cache" : "Console"));
-    }
-    return item;
-}
-
-TEST(Conversion, AgreesWithThePlainDefinition) {
-    std::mt19937 random(1);
-    std::string text;
-    int complete = 0;
-    int failed = 0;
-    Output out(text);
-    for (int i = 0; i < 2000 && !HasFailure(); ++i) {
-        Item map = {"SystemMap", "", "root", ""};
-        for (size_t n = 1 + random() % 6; n > 0; --n) {
-            map.children.push_back(RandomItem(random, random() % 6 == 0 ? "Console" : "Platform"));
-        }
-        const std::string before = Text(map, 0);
-        rvt_xml_tree = RVT_XML_Tree();
-        ASSERT_EQ(ParseXMLText(before, "map", &rvt_xml_tree), 0);
-        PlainMerge(map);
-        const int code = PlainRename(map);
-        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr()) + Number(ModifyDuplicatePlatformNames()), code) << before;
-        (code == 0 ? complete : failed) += 1;
-        text.clear();
-        PrintTree(out, rvt_xml_tree);
-        EXPECT_TRUE(out.Flush());
-        // After a failure the tree is never seen.
-        EXPECT_TRUE(code != 0 || text == Text(map, 0)) << before << text;
-    }
-    EXPECT_TRUE(complete > 1000 && failed > 50) << complete << ' ' << failed;
-}
 // clang-format on
 
 }  // namespace
