@@ -155,7 +155,7 @@ TEST(Conversion, AgreesWithThePlainDefinition) {
         ASSERT_EQ(ParseXMLText(before, "map", &rvt_xml_tree), 0);
         PlainMerge(map);
         const int code = PlainRename(map);
-        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr()) + Number(ModifyDuplicatePlatformNames()), code) << before;
+        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr().code()) + Number(ModifyDuplicatePlatformNames().code()), code) << before;
         (code == 0 ? complete : failed) += 1;
         text.clear();
         EXPECT_TRUE(PrintTree(out, &rvt_xml_tree) == ExitCode::kOk && out.Flush());

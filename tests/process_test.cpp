@@ -11,7 +11,7 @@ static const std::string kHeld =
 TEST(Lock, IsWaitedFor) {
     const Tree tree;
     // A new file under the lock's name is the lock from then on.
-    const Result r = tree.Shell("G=" + OtherGroup() + "\n" + kHeld + R"sh(
+    const RunResult r = tree.Shell("G=" + OtherGroup() + "\n" + kHeld + R"sh(
         tqsmgr -security true 8<&- & tqsmgr -security true 8<&- & kill -0 $!
         sleep 0.15; kill $!; wait $!; echo $? $(cat $L) $(grep -c true $M)
         rm $L; exec 9>$L; flock 9; exec 8<&-; sleep 0.15; echo $(grep -c true $M)
@@ -83,7 +83,7 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
 TEST(Notification, HangsAndHoldsNobodyUp) {
     const Tree tree;
     tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\nmkfifo go\nread line <go");
-    const Result r = tree.Shell("setsid env --default-signal " + kAdd + R"sh( &
+    const RunResult r = tree.Shell("setsid env --default-signal " + kAdd + R"sh( &
         until [ -p go ]; do sleep 0.02; done
         grep -c 'EXIT CODE: 0' usr/opt/tqs/logs/tqsmgr.log; tqsmgr -security true; echo $?
         cat calls; kill -INT -$!; wait $!; echo $?; cat calls)sh");
@@ -100,7 +100,7 @@ TEST(Streams, LostOutput) {
         ExpectRuns(tree, to + " tqsmgr", {{"-h", 41, lost}, {"-V", 41, lost}});
     }
     // The reader of the pipe is gone before the run may print.
-    const Result r =
+    const RunResult r =
         tree.Shell(kHeld + R"sh((exec 8<&-; { tqsmgr -view kfxconf; echo $? >&2; } | :) &
         sleep 0.1; exec 8<&-; wait)sh");
     EXPECT_EQ(r.err, "tqsmgr: " + kfx + "\n41\n");

@@ -104,7 +104,7 @@ TEST(Xml, WrapAndCut) {
 
 static void ExpectRefused(const Tree& tree, const std::string& map) {
     const std::string before = tree.Read(map);
-    const Result r = tree.Run({"-f", map, "-security", "true"});
+    const RunResult r = tree.Run({"-f", map, "-security", "true"});
     EXPECT_EQ(r.code, 20) << before;
     EXPECT_TRUE(std::regex_match(
         r.err, std::regex("tqsmgr: [Ee]rror at file [^\n]*, line [0-9]+, char [0-9]+\\.\n   .+\n")))

@@ -1,6 +1,5 @@
 #include "commands/cache.h"
 
-#include "base/error.h"
 #include "base/output.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
@@ -8,70 +7,70 @@
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
-static ExitCode CacheNotFound() {
-    return Fail(ExitCode::kIncompleteMap, "Cache not found in XML data.");
+static Outcome CacheNotFound() {
+    return {ExitCode::kIncompleteMap, "Cache not found in XML data."};
 }
 
-static ExitCode FindCacheElement(const RVT_XML_Tree& document, RVT_Node*& cache) {
+static Result<RVT_Node*> FindCacheElement(const RVT_XML_Tree& document) {
     RVT_Node_List_Elem* pos = nullptr;
     const RVT_Node* declaration = document.GetFirstChild(pos);
     if (declaration == nullptr) {
         return CacheNotFound();
     }
     if (!declaration->IsType(RVT_XML_DECL)) {
-        return Fail(ExitCode::kIncompleteMap, "First line must contain a <?xml ...> declaration.");
+        return Outcome(ExitCode::kIncompleteMap,
+                       "First line must contain a <?xml ...> declaration.");
     }
-    cache = RVT_XML_Tree::GetNextChild(pos);
-    const bool found = cache != nullptr && cache->IsType(RVT_ELEMENT) && cache->IsName(Cache);
-    return found ? ExitCode::kOk : CacheNotFound();
+    RVT_Node* cache = RVT_XML_Tree::GetNextChild(pos);
+    if (cache == nullptr || !cache->IsType(RVT_ELEMENT) || !cache->IsName(Cache)) {
+        return CacheNotFound();
+    }
+    return cache;
 }
 
 // Reads the cache back as it would stand in the map, which ends the run where that is impossible: a
 // local name twice in one element, names and characters that XML 1.0 forbids, too deep a
 // nesting.
-static ExitCode CheckIsReadable(const RVT_Node& cache) {
+static Outcome CheckIsReadable(const RVT_Node& cache) {
     static constexpr size_t kDepthInMap = 8;
     std::string text;
     Output out(text);
     out.Put("<SystemMap><Platform>\n");
-    const ExitCode code = PrintNodes(out, cache, kDepthInMap);
+    static_cast<void>(PrintNodes(out, cache, kDepthInMap));
     out.Put("</Platform></SystemMap>\n");
-    if (code != ExitCode::kOk || !out.Flush()) {
-        return code;
-    }
-    const int result = CheckXMLText(text, "new cache");
-    return result == 0 ? ExitCode::kOk : ExitCode::kNotWellFormed;
+    const bool readable = out.Flush() && CheckXMLText(text, "new cache") == 0;
+    return readable ? Outcome() : Outcome(ExitCode::kNotWellFormed, "");
 }
 
-ExitCode UpdateCache(const std::string& platform_name, RVT_XML_Tree* cache_document) {
-    RVT_Node* cache = nullptr;
-    if (const ExitCode code = FindCacheElement(*cache_document, cache); code != ExitCode::kOk) {
-        return code;
+Outcome UpdateCache(std::string_view platform_name, const RVT_XML_Tree& cache_document) {
+    const Result<RVT_Node*> cache = FindCacheElement(cache_document);
+    if (!cache.ok()) {
+        return cache.outcome();
     }
-    RVT_Node* platform = FindPlatform(NameProp, platform_name);
+    RVT_Node* platform = FindPlatform(platform_name);
     if (platform == nullptr) {
-        return ExitCode::kLookupFailed;
+        return PlatformMissing(platform_name);
     }
-    if (const ExitCode code = CheckIsReadable(*cache); code != ExitCode::kOk) {
-        return code;
+    if (Outcome outcome = CheckIsReadable(**cache); !outcome.ok()) {
+        return outcome;
     }
     if (RVT_Node* old = FindCache(*platform); old != nullptr) {
         old->Delete();
     }
-    platform->AddChild(cache);
-    return ExitCode::kOk;
+    platform->AddChild(*cache);
+    return {};
 }
 
-ExitCode RemoveCache(const std::string& platform_name) {
+Outcome RemoveCache(std::string_view platform_name) {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+        return SystemMapMissing(ExitCode::kLookupFailed);
     }
     bool platform_exists = false;
     for (const RVT_Node& platform : LiveElements(*map, Platform)) {
-        std::string_view name;
-        if (GetPropertyValue(platform, NameProp, name) != ExitCode::kOk) {
-            return ExitCode::kLookupFailed;
+        const auto name = GetPropertyValue(platform, NameProp);
+        if (!name) {
+            return PropertyMissing(platform, NameProp);
         }
         if (name != platform_name) {
             continue;
@@ -79,11 +78,12 @@ ExitCode RemoveCache(const std::string& platform_name) {
         platform_exists = true;
         if (RVT_Node* cache = FindCache(platform); cache != nullptr) {
             cache->Delete();
-            return ExitCode::kOk;
+            return {};
         }
     }
     if (!platform_exists) {
-        ClearError();
+        return {ExitCode::kLookupFailed, ""};
     }
-    return ExitCode::kLookupFailed;
+    return Failure(ExitCode::kLookupFailed, "Cannot find Cache for platform \"%s\".",
+                   std::string(platform_name).c_str());
 }

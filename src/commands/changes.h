@@ -7,7 +7,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
+#include "model/lookups.h"
 #include "xml/rvt_node.h"
 
 // A property's name and its new value.
@@ -31,20 +32,16 @@ struct PropertyCheck {
     ExitCode (*check)(Update& update, const std::string& value);
 };
 
-// The "value" attribute of the property "name" in "property_map", or null with the lookup's
-// message.
-RVT_Node* FindChangedValue(const RVT_Node& property_map, const std::string& name);
-
 // Applies the changes in order: each value is checked and then stored at once, so that later ones
 // are judged against it. Returns the first failure: kLookupFailed with the lookup's message for a
 // property that the element lacks, or the result of a check.
 template <typename Update>
-ExitCode ApplyChanges(const RVT_Node& property_map, const NameValueList& changes,
+ExitCode ApplyChanges(const RVT_Node& element, const NameValueList& changes,
                       std::span<const PropertyCheck<Update>> checks, Update& update) {
     for (const NameValue& change : std::span(changes.pairs).first(changes.count)) {
-        RVT_Node* value = FindChangedValue(property_map, change.name);
+        RVT_Node* value = FindPropertyValue(element, change.name);
         if (value == nullptr) {
-            return ExitCode::kLookupFailed;
+            return Report(PropertyMissing(element, change.name));
         }
         for (const PropertyCheck<Update>& rule : checks) {
             if (rule.property != change.name) {
@@ -61,11 +58,11 @@ ExitCode ApplyChanges(const RVT_Node& property_map, const NameValueList& changes
 
 // A new name for the element that is called "present": kInvalidName as CheckNameForm, kNameTaken
 // unless it is the present name.
-ExitCode CheckNewName(const char* owner, const std::string& present, const std::string& value);
+Outcome CheckNewName(const char* owner, const std::string& present, const std::string& value);
 
 // kEventsWithoutLogging with its message when the element's switches, as they now stand, have
 // events without logging; a missing one reads as empty.
-ExitCode CheckSwitches(const RVT_Node& element);
+Outcome CheckSwitches(const RVT_Node& element);
 
 // The text of a property, empty when it is missing.
 std::string_view PropertyOrEmpty(const RVT_Node& element, std::string_view name);

@@ -19,15 +19,18 @@ static ExitCode FindParent(const std::string& platform_name, RVT_Node*& parent,
                            std::string& address) {
     if (platform_name.empty()) {
         parent = FindSystemMap();
-        return parent == nullptr ? ExitCode::kLookupFailed : ExitCode::kOk;
+        return parent == nullptr ? Report(SystemMapMissing(ExitCode::kLookupFailed))
+                                 : ExitCode::kOk;
     }
-    parent = FindPlatform(NameProp, platform_name);
-    std::string_view platform_address;
-    if (parent == nullptr ||
-        GetPropertyValue(*parent, AddrProp, platform_address) != ExitCode::kOk) {
-        return ExitCode::kLookupFailed;
+    parent = FindPlatform(platform_name);
+    if (parent == nullptr) {
+        return Report(PlatformMissing(platform_name));
     }
-    address = platform_address;
+    const auto platform_address = GetPropertyValue(*parent, AddrProp);
+    if (!platform_address) {
+        return Report(PropertyMissing(*parent, AddrProp));
+    }
+    address = *platform_address;
     return ExitCode::kOk;
 }
 
@@ -35,15 +38,16 @@ static ExitCode FindParent(const std::string& platform_name, RVT_Node*& parent,
 // serial number, which is then used up. Nothing can fail after this.
 static ExitCode TakeOwnerID(RVT_Node& parent, std::string& id) {
     if (parent.IsName(Platform)) {
-        return ReadID(parent, id);
+        const Result<std::string_view> platform_id = ReadID(parent);
+        id = platform_id.ok() ? *platform_id : "";
+        return Report(platform_id.outcome());
     }
-    Serial serial;
-    const ExitCode code = serial.Read(parent);
-    if (code == ExitCode::kOk) {
-        id = serial.Text();
-        serial.Advance();
+    Result<Serial> serial = Serial::Read(parent);
+    if (serial.ok()) {
+        id = serial->Text();
+        serial->Advance();
     }
-    return code;
+    return Report(serial.outcome());
 }
 
 ExitCode AddConsole(const std::string& system_name, const std::string& platform_name,
@@ -55,16 +59,17 @@ ExitCode AddConsole(const std::string& system_name, const std::string& platform_
     RVT_Node* parent = nullptr;
     std::string owner_id;
     ExitCode code = ExitCode::kOk;
-    const bool passed =
-        Passed(CheckNameForm(kOwner, system_name), code) &&
-        Passed(CheckNameIsFree(system_name), code) &&
-        (address.empty() || Passed(CheckAddressForm(address), code)) &&
-        Passed(CheckPortForm(port), code) && Passed(CheckPortForm(mapped_port), code) &&
-        Passed(CheckOsType(type), code) &&
-        Passed(FindParent(platform_name, parent, address), code) &&
-        Passed(CheckPortIsFree(address, port), code) && Passed(CheckEventFile(event_file), code) &&
-        Passed(CheckEventsHaveLogging(logging, events), code) &&
-        Passed(TakeOwnerID(*parent, owner_id), code);
+    const bool passed = Passed(Report(CheckNameForm(kOwner, system_name)), code) &&
+                        Passed(Report(CheckNameIsFree(system_name)), code) &&
+                        (address.empty() || Passed(Report(CheckAddressForm(address)), code)) &&
+                        Passed(Report(CheckPortForm(port)), code) &&
+                        Passed(Report(CheckPortForm(mapped_port)), code) &&
+                        Passed(Report(CheckOsType(type)), code) &&
+                        Passed(FindParent(platform_name, parent, address), code) &&
+                        Passed(Report(CheckPortIsFree(address, port)), code) &&
+                        Passed(Report(CheckEventFile(event_file)), code) &&
+                        Passed(Report(CheckEventsHaveLogging(logging, events)), code) &&
+                        Passed(TakeOwnerID(*parent, owner_id), code);
     if (!passed) {
         return code;
     }
@@ -100,15 +105,15 @@ struct FoundConsole {
 ExitCode FindAnyConsole(const std::string& name, FoundConsole& found) {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+        return Report(SystemMapMissing(ExitCode::kLookupFailed));
     }
     for (RVT_Node& node : LiveElements(*map, Platform, Console)) {
         if (node.IsName(Platform)) {
-            found = {FindConsole(node, NameProp, name), &node};
+            found = {FindConsole(node, name), &node};
         } else {
-            std::string_view node_name;
-            if (GetPropertyValue(node, NameProp, node_name) != ExitCode::kOk) {
-                return ExitCode::kLookupFailed;
+            const auto node_name = GetPropertyValue(node, NameProp);
+            if (!node_name) {
+                return Report(PropertyMissing(node, NameProp));
             }
             found = {node_name == name ? &node : nullptr, nullptr};
         }
@@ -132,7 +137,7 @@ struct ConsoleUpdate {
 };
 
 ExitCode CheckNewAddress(ConsoleUpdate& update, const std::string& value) {
-    const ExitCode code = CheckAddressForm(value);
+    const ExitCode code = Report(CheckAddressForm(value));
     if (code == ExitCode::kOk) {
         update.address = value;
         update.changes_address = true;
@@ -141,7 +146,7 @@ ExitCode CheckNewAddress(ConsoleUpdate& update, const std::string& value) {
 }
 
 ExitCode CheckNewPort(ConsoleUpdate& update, const std::string& value) {
-    const ExitCode code = CheckPortForm(value);
+    const ExitCode code = Report(CheckPortForm(value));
     if (code == ExitCode::kOk) {
         if (!update.changes_port) {
             update.old_port = PropertyOrEmpty(*update.found.console, PortProp);
@@ -160,13 +165,17 @@ ExitCode NoteSwitch(ConsoleUpdate& update, const std::string&) {
 constexpr std::array<PropertyCheck<ConsoleUpdate>, 8> kChecks = {{
     {AddrProp, CheckNewAddress},
     {PortProp, CheckNewPort},
-    {MappedPortProp, [](ConsoleUpdate&, const std::string& value) { return CheckPortForm(value); }},
-    {NameProp, [](ConsoleUpdate& update,
-                  const std::string& value) { return CheckNewName(kOwner, update.name, value); }},
+    {MappedPortProp,
+     [](ConsoleUpdate&, const std::string& value) { return Report(CheckPortForm(value)); }},
+    {NameProp,
+     [](ConsoleUpdate& update, const std::string& value) {
+         return Report(CheckNewName(kOwner, update.name, value));
+     }},
     {LoggingProp, NoteSwitch},
     {EventsProp, NoteSwitch},
-    {EventFileProp, [](ConsoleUpdate&, const std::string& value) { return CheckEventFile(value); }},
-    {TypeProp, [](ConsoleUpdate&, const std::string& value) { return CheckOsType(value); }},
+    {EventFileProp,
+     [](ConsoleUpdate&, const std::string& value) { return Report(CheckEventFile(value)); }},
+    {TypeProp, [](ConsoleUpdate&, const std::string& value) { return Report(CheckOsType(value)); }},
 }};
 
 // Whether the console's port is its own at its address. At its platform's address the count finds
@@ -174,19 +183,22 @@ constexpr std::array<PropertyCheck<ConsoleUpdate>, 8> kChecks = {{
 // At another address the count cannot find a console that is inside a platform.
 ExitCode CheckPortStaysUnique(const ConsoleUpdate& update) {
     const auto& [console, platform] = update.found;
-    std::string_view address = update.address;
-    std::string_view port;
-    if ((address.empty() && GetPropertyValue(*console, AddrProp, address) != ExitCode::kOk) ||
-        GetPropertyValue(*console, PortProp, port) != ExitCode::kOk) {
-        return ExitCode::kLookupFailed;
+    const auto own_address = GetPropertyValue(*console, AddrProp);
+    if (update.address.empty() && !own_address) {
+        return Report(PropertyMissing(*console, AddrProp));
+    }
+    const std::string_view address = update.address.empty() ? *own_address : update.address;
+    const auto port = GetPropertyValue(*console, PortProp);
+    if (!port) {
+        return Report(PropertyMissing(*console, PortProp));
     }
     const bool seen = platform == nullptr || PropertyOrEmpty(*platform, AddrProp) == address;
     const bool takes_platform_port = seen && platform != nullptr && update.changes_port &&
                                      update.new_port != update.old_port &&
                                      PropertyOrEmpty(*platform, PortProp) == port;
     const int expected = seen ? 1 : 0;
-    return takes_platform_port || GetCountOfConsolesWithAddress(address, port) != expected
-               ? PortTaken(port)
+    return takes_platform_port || GetCountOfConsolesWithAddress(address, *port) != expected
+               ? Report(PortTaken(*port))
                : ExitCode::kOk;
 }
 
@@ -199,17 +211,15 @@ ExitCode UpdateConsole(const std::string& system_name, NameValueList list) {
         return code;
     }
     RVT_Node& console = *found.console;
-    std::string_view address;
-    code =
-        GetPropertyValue(found.platform == nullptr ? console : *found.platform, AddrProp, address);
-    const RVT_Node* property_map = code == ExitCode::kOk ? FindPropertyMap(console) : nullptr;
-    if (property_map == nullptr) {
-        return ExitCode::kLookupFailed;
+    const RVT_Node& addressed = found.platform == nullptr ? console : *found.platform;
+    const auto address = GetPropertyValue(addressed, AddrProp);
+    if (!address) {
+        return Report(PropertyMissing(addressed, AddrProp));
     }
-    ConsoleUpdate update{found, system_name, std::string(address), "", ""};
-    code = ApplyChanges<ConsoleUpdate>(*property_map, list, kChecks, update);
+    ConsoleUpdate update{found, system_name, std::string(*address), "", ""};
+    code = ApplyChanges<ConsoleUpdate>(console, list, kChecks, update);
     if (code == ExitCode::kOk && update.changes_switches) {
-        code = CheckSwitches(console);
+        code = Report(CheckSwitches(console));
     }
     if (code == ExitCode::kOk && (update.changes_address || update.changes_port)) {
         code = CheckPortStaysUnique(update);

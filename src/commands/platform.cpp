@@ -19,21 +19,27 @@ ExitCode AddPlatform(const std::string& platform_name, const std::string& model,
                      const std::string& mapped_port, const std::string& auth,
                      const std::string& first_ts_port, const std::string& last_ts_port) {
     ExitCode code = ExitCode::kOk;
-    const bool passed =
-        Passed(CheckNameIsFree(platform_name), code) &&
-        Passed(CheckNameForm(kOwner, platform_name), code) && Passed(CheckModel(model), code) &&
-        Passed(CheckPortForm(port), code) && Passed(CheckPortForm(mapped_port), code) &&
-        Passed(CheckPortForm(first_ts_port), code) && Passed(CheckPortForm(last_ts_port), code) &&
-        Passed(CheckPortRange(first_ts_port, last_ts_port), code) &&
-        Passed(CheckAddressForm(address), code) && Passed(CheckEventFile(event_file), code) &&
-        Passed(CheckAddressIsFree(nullptr, address), code);
+    const bool passed = Passed(Report(CheckNameIsFree(platform_name)), code) &&
+                        Passed(Report(CheckNameForm(kOwner, platform_name)), code) &&
+                        Passed(Report(CheckModel(model)), code) &&
+                        Passed(Report(CheckPortForm(port)), code) &&
+                        Passed(Report(CheckPortForm(mapped_port)), code) &&
+                        Passed(Report(CheckPortForm(first_ts_port)), code) &&
+                        Passed(Report(CheckPortForm(last_ts_port)), code) &&
+                        Passed(Report(CheckPortRange(first_ts_port, last_ts_port)), code) &&
+                        Passed(Report(CheckAddressForm(address)), code) &&
+                        Passed(Report(CheckEventFile(event_file)), code) &&
+                        Passed(Report(CheckAddressIsFree(nullptr, address)), code);
     RVT_Node* map = passed ? FindSystemMap() : nullptr;
-    Serial serial;
-    if (!passed || map == nullptr || !Passed(serial.Read(*map), code)) {
-        return code == ExitCode::kOk ? ExitCode::kIncompleteMap : code;
+    if (!passed || map == nullptr) {
+        return code == ExitCode::kOk ? Report(SystemMapMissing(ExitCode::kIncompleteMap)) : code;
     }
-    const std::string id(serial.Text());
-    serial.Advance();
+    Result<Serial> serial = Serial::Read(*map);
+    if (!serial.ok()) {
+        return Report(serial.outcome());
+    }
+    const std::string id(serial->Text());
+    serial->Advance();
     AddElementWithProperties(*map, Platform, id,
                              std::array<NewProperty, 14>{{
                                  {NameProp, platform_name},
@@ -65,19 +71,19 @@ struct PlatformUpdate {
 };
 
 ExitCode CheckNewAddress(PlatformUpdate& update, const std::string& value) {
-    const ExitCode code = CheckAddressForm(value);
-    return code == ExitCode::kOk ? CheckAddressIsFree(&update.platform, value) : code;
+    const ExitCode code = Report(CheckAddressForm(value));
+    return code == ExitCode::kOk ? Report(CheckAddressIsFree(&update.platform, value)) : code;
 }
 
 // A port that changes may not be in use at the platform's address, as it stands by then.
 ExitCode CheckNewPort(PlatformUpdate& update, const std::string& value) {
-    const ExitCode code = CheckPortForm(value);
+    const ExitCode code = Report(CheckPortForm(value));
     if (code != ExitCode::kOk || PropertyOrEmpty(update.platform, PortProp) == value) {
         return code;
     }
-    std::string_view address;
-    const ExitCode found = GetPropertyValue(update.platform, AddrProp, address);
-    return found == ExitCode::kOk ? CheckPortIsFree(address, value) : found;
+    const auto address = GetPropertyValue(update.platform, AddrProp);
+    return Report(address ? CheckPortIsFree(*address, value)
+                          : PropertyMissing(update.platform, AddrProp));
 }
 
 ExitCode NoteSwitch(PlatformUpdate& update, const std::string&) {
@@ -87,21 +93,24 @@ ExitCode NoteSwitch(PlatformUpdate& update, const std::string&) {
 
 ExitCode CheckRangeEnd(PlatformUpdate& update, const std::string& value) {
     update.changes_range = true;
-    return CheckPortForm(value);
+    return Report(CheckPortForm(value));
 }
 
 constexpr std::array<PropertyCheck<PlatformUpdate>, 10> kChecks = {{
-    {ModelProp, [](PlatformUpdate&, const std::string& value) { return CheckModel(value); }},
+    {ModelProp,
+     [](PlatformUpdate&, const std::string& value) { return Report(CheckModel(value)); }},
     {AddrProp, CheckNewAddress},
     {PortProp, CheckNewPort},
     {MappedPortProp,
-     [](PlatformUpdate&, const std::string& value) { return CheckPortForm(value); }},
-    {NameProp, [](PlatformUpdate& update,
-                  const std::string& value) { return CheckNewName(kOwner, update.name, value); }},
+     [](PlatformUpdate&, const std::string& value) { return Report(CheckPortForm(value)); }},
+    {NameProp,
+     [](PlatformUpdate& update, const std::string& value) {
+         return Report(CheckNewName(kOwner, update.name, value));
+     }},
     {LoggingProp, NoteSwitch},
     {EventsProp, NoteSwitch},
     {EventFileProp,
-     [](PlatformUpdate&, const std::string& value) { return CheckEventFile(value); }},
+     [](PlatformUpdate&, const std::string& value) { return Report(CheckEventFile(value)); }},
     {FTSPProp, CheckRangeEnd},
     {LTSPProp, CheckRangeEnd},
 }};
@@ -113,28 +122,24 @@ ExitCode PlatformNotFound(const std::string& name) {
 }  // namespace
 
 ExitCode UpdatePlatform(const std::string& platform_name, NameValueList changes) {
-    const RVT_Node* platform = FindPlatform(NameProp, platform_name);
+    const RVT_Node* platform = FindPlatform(platform_name);
     if (platform == nullptr) {
         return PlatformNotFound(platform_name);
     }
-    const RVT_Node* property_map = FindPropertyMap(*platform);
-    if (property_map == nullptr) {
-        return ExitCode::kLookupFailed;
-    }
     PlatformUpdate update{*platform, platform_name};
-    ExitCode code = ApplyChanges<PlatformUpdate>(*property_map, changes, kChecks, update);
+    ExitCode code = ApplyChanges<PlatformUpdate>(*platform, changes, kChecks, update);
     if (code == ExitCode::kOk && update.changes_switches) {
-        code = CheckSwitches(*platform);
+        code = Report(CheckSwitches(*platform));
     }
     if (code == ExitCode::kOk && update.changes_range) {
-        code = CheckPortRange(PropertyOrEmpty(*platform, FTSPProp),
-                              PropertyOrEmpty(*platform, LTSPProp));
+        code = Report(CheckPortRange(PropertyOrEmpty(*platform, FTSPProp),
+                                     PropertyOrEmpty(*platform, LTSPProp)));
     }
     return code;
 }
 
 ExitCode RemovePlatform(const std::string& platform_name) {
-    RVT_Node* platform = FindPlatform(NameProp, platform_name);
+    RVT_Node* platform = FindPlatform(platform_name);
     if (platform == nullptr) {
         return PlatformNotFound(platform_name);
     }

@@ -1,34 +1,33 @@
 #include "commands/security.h"
 
-#include <unistd.h>
-
-#include "base/error.h"
-#include "base/output.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
-static ExitCode FindSecurity(RVT_Node*& security) {
+static Result<RVT_Node*> FindSecurity() {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
-    security = FindAttribute(*map, security_tag);
-    return security != nullptr ? ExitCode::kOk
-                               : Fail(ExitCode::kIncompleteMap,
-                                      "Cannot find the \"security\" attribute for SystemMap.");
+    RVT_Node* security = FindAttribute(*map, security_tag);
+    if (security == nullptr) {
+        return Outcome(ExitCode::kIncompleteMap,
+                       "Cannot find the \"security\" attribute for SystemMap.");
+    }
+    return security;
 }
 
-ExitCode SetSecurity(const std::string& value) {
-    RVT_Node* security = nullptr;
-    const ExitCode code = FindSecurity(security);
-    if (code == ExitCode::kOk) {
-        security->SetValue(value);
+Outcome SetSecurity(std::string_view value) {
+    const Result<RVT_Node*> security = FindSecurity();
+    if (security.ok()) {
+        (*security)->SetValue(value);
     }
-    return code;
+    return security.outcome();
 }
 
-ExitCode ViewSecurity() {
-    RVT_Node* security = nullptr;
-    const ExitCode code = FindSecurity(security);
-    return code == ExitCode::kOk ? PrintLine(security->GetValue()) : code;
+Result<std::string_view> ViewSecurity() {
+    const Result<RVT_Node*> security = FindSecurity();
+    if (!security.ok()) {
+        return security.outcome();
+    }
+    return std::string_view((*security)->GetValue());
 }

@@ -2,7 +2,6 @@
 
 #include <array>
 
-#include "base/error.h"
 #include "base/paths.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
@@ -17,27 +16,27 @@ static std::string_view AsDigit(std::string_view value) {
     return value == switch_on ? "1" : "0";
 }
 
-ExitCode GetKfxConfPlatformData(const RVT_Node& platform, KfxConfLine& line) {
+Outcome GetKfxConfPlatformData(const RVT_Node& platform, KfxConfLine& line) {
     static constexpr std::array kNames = {
         NameProp,      AddrProp, PortProp,       ModelProp, LoggingProp,  EventsProp, EnableProp,
         EventFileProp, DescProp, MappedPortProp, AuthProp,  TemplateProp, FTSPProp,   LTSPProp};
     std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(platform, kNames, v);
-    if (code == ExitCode::kOk) {
+    Outcome outcome = GetPropertyValues(platform, kNames, v);
+    if (outcome.ok()) {
         line = {v[0],           v[1],          v[2],          v[2],  v[3], v[0],
                 AsDigit(v[4]),  AsDigit(v[5]), AsDigit(v[6]), v[7],  v[8], v[9],
                 AsDigit(v[10]), unknown_value, v[11],         v[12], v[13]};
     }
-    return code;
+    return outcome;
 }
 
-ExitCode GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line) {
+Outcome GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line) {
     static constexpr std::array kNames = {NameProp,       AddrProp,   PortProp,      LoggingProp,
                                           EventsProp,     EnableProp, EventFileProp, DescProp,
                                           MappedPortProp, AuthProp,   TypeProp};
     std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(console, kNames, v);
-    if (code == ExitCode::kOk) {
+    Outcome outcome = GetPropertyValues(console, kNames, v);
+    if (outcome.ok()) {
         line = {v[0],
                 v[1],
                 v[2],
@@ -56,16 +55,16 @@ ExitCode GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line
                 "",
                 ""};
     }
-    return code;
+    return outcome;
 }
 
-ExitCode GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
+Outcome GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
     static constexpr std::array kNames = {NameProp,   PortProp,      LoggingProp, EventsProp,
                                           EnableProp, EventFileProp, DescProp,    MappedPortProp,
                                           AuthProp,   TypeProp};
     std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(console, kNames, v);
-    if (code == ExitCode::kOk) {
+    Outcome outcome = GetPropertyValues(console, kNames, v);
+    if (outcome.ok()) {
         line.name = v[0];
         line.console_port = v[1];
         line.logging = AsDigit(v[2]);
@@ -77,10 +76,10 @@ ExitCode GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
         line.auth = AsDigit(v[8]);
         line.type = v[9];
     }
-    return code;
+    return outcome;
 }
 
-ExitCode WriteFields(Output& out, const KfxConfLine& line) {
+Outcome WriteFields(Output& out, const KfxConfLine& line) {
     const auto or_quotes = [](std::string_view value) {
         return value.empty() ? kEmptyField : value;
     };
@@ -122,7 +121,9 @@ ExitCode WriteFields(Output& out, const KfxConfLine& line) {
     for (const std::string_view piece : pieces) {
         out.Put(piece);
     }
-    return out.HasFailed() ? LostOutput(paths::kKfxConf) : ExitCode::kOk;
+    return out.HasFailed()
+               ? Failure(ExitCode::kWriteFailed, "Write failed for \"%s\".", paths::kKfxConf)
+               : Outcome();
 }
 
 namespace {
@@ -130,11 +131,11 @@ namespace {
 // Puts the lines that are wanted and notes whether there were any.
 class Selection {
   public:
-    Selection(Output& out, const std::string& name) : out_(out), name_(name) {}
+    Selection(Output& out, std::string_view name) : out_(out), name_(name) {}
 
-    ExitCode Put(const KfxConfLine& line) {
+    Outcome Put(const KfxConfLine& line) {
         if (!name_.empty() && line.name != name_) {
-            return ExitCode::kOk;
+            return {};
         }
         matched_ = true;
         return WriteFields(out_, line);
@@ -143,45 +144,47 @@ class Selection {
 
   private:
     Output& out_;
-    const std::string& name_;
+    std::string_view name_;
     bool matched_ = false;
 };
 
 }  // namespace
 
 // The line of a top-level element and those of the consoles inside it.
-static ExitCode PutElement(const RVT_Node& element, Selection& selection) {
+static Outcome PutElement(const RVT_Node& element, Selection& selection) {
     KfxConfLine line;
-    const ExitCode filled = element.IsName(Platform) ? GetKfxConfPlatformData(element, line)
-                                                     : GetKfxConfGenericConsoleData(element, line);
-    if (filled != ExitCode::kOk) {
-        return ExitCode::kIncompleteMap;
+    const Outcome filled = element.IsName(Platform) ? GetKfxConfPlatformData(element, line)
+                                                    : GetKfxConfGenericConsoleData(element, line);
+    if (!filled.ok()) {
+        return {ExitCode::kIncompleteMap, filled.message()};
     }
-    ExitCode code = selection.Put(line);
+    if (Outcome outcome = selection.Put(line); !outcome.ok()) {
+        return outcome;
+    }
     for (const RVT_Node& console : LiveElements(element, Console)) {
-        if (code != ExitCode::kOk) {
-            break;
-        }
         KfxConfLine console_line = line;
-        if (GetKfxConfConsoleData(console, console_line) == ExitCode::kOk) {
-            code = selection.Put(console_line);
+        if (!GetKfxConfConsoleData(console, console_line).ok()) {
+            continue;
+        }
+        if (Outcome outcome = selection.Put(console_line); !outcome.ok()) {
+            return outcome;
         }
     }
-    return code;
+    return {};
 }
 
-ExitCode WriteKfxConf(Output& out, const std::string& name) {
+Outcome WriteKfxConf(Output& out, std::string_view name) {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
     Selection selection(out, name);
     for (const RVT_Node& element : LiveElements(*map, Platform, Console)) {
-        if (const ExitCode code = PutElement(element, selection); code != ExitCode::kOk) {
-            return code;
+        if (Outcome outcome = PutElement(element, selection); !outcome.ok()) {
+            return outcome;
         }
     }
-    return selection.LacksMatch()
-               ? Fail(ExitCode::kLookupFailed, "Console \"%s\" not found.", name.c_str())
-               : ExitCode::kOk;
+    return selection.LacksMatch() ? Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
+                                            std::string(name).c_str())
+                                  : Outcome();
 }

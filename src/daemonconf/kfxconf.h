@@ -12,10 +12,9 @@
 // terminal-server port is written as two quotes, an empty description as "none".
 #pragma once
 
-#include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
 #include "base/output.h"
 #include "xml/rvt_node.h"
 
@@ -25,7 +24,7 @@
 // have then been put. A console inside a platform that lacks one is left out. kLookupFailed
 // "Console \"%s\" not found." when nothing has the name; kWriteFailed "Write failed for \"%s\"."
 // when the output has failed.
-ExitCode WriteKfxConf(Output& out, const std::string& name);
+Outcome WriteKfxConf(Output& out, std::string_view name);
 
 // The seventeen values of a line.
 struct KfxConfLine {
@@ -49,11 +48,11 @@ struct KfxConfLine {
 };
 
 // Fill a line from a platform, a standalone console, or a console inside the element whose line is
-// "line", of which it then keeps what it does not have itself. kLookupFailed, with the lookup's
+// "line", of which it then keeps what it does not have itself. kIncompleteMap, with the lookup's
 // message, at the first property that is missing; the line is then as it was.
-ExitCode GetKfxConfPlatformData(const RVT_Node& platform, KfxConfLine& line);
-ExitCode GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line);
-ExitCode GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line);
+Outcome GetKfxConfPlatformData(const RVT_Node& platform, KfxConfLine& line);
+Outcome GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line);
+Outcome GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line);
 
 // Puts one line. kWriteFailed as WriteKfxConf.
-ExitCode WriteFields(Output& out, const KfxConfLine& line);
+Outcome WriteFields(Output& out, const KfxConfLine& line);

@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
+#include "base/output.h"
 #include "base/process.h"
 #include "commands/cache.h"
 #include "commands/console.h"
@@ -45,12 +46,20 @@ static ExitCode RunUpdateCache() {
         const TerminationAllowed while_reading;
         static_cast<void>(ParseXMLText(input.Text(), input.Name(), &cache_document));
     }
-    return UpdateCache(options.platform_name, &cache_document);
+    return Report(UpdateCache(options.platform_name, cache_document));
 }
 
 static ExitCode RunConversion() {
-    DoVersionConversion(xml_file);
-    return ExitCode::kOk;
+    const Result<bool> converted = DoVersionConversion();
+    if (!converted.ok()) {
+        return Report(converted.outcome());
+    }
+    return *converted ? WriteXMLFile(xml_file, &rvt_xml_tree) : ExitCode::kOk;
+}
+
+static ExitCode RunViewSecurity() {
+    const Result<std::string_view> security = ViewSecurity();
+    return security.ok() ? PrintLine(*security) : Report(security.outcome());
 }
 
 namespace {
@@ -81,11 +90,11 @@ constexpr std::array<ActionRow, 15> kActions = {{
      kInventory},
     {kRemoveSystem, [] { return RemoveConsole(options.system_name); }, kInventory},
     {kUpdateCache, RunUpdateCache, kMap | kWeb},
-    {kRemoveCache, [] { return RemoveCache(options.platform_name); }, kMap | kWeb},
+    {kRemoveCache, [] { return Report(RemoveCache(options.platform_name)); }, kMap | kWeb},
     {kWriteKfxConf, [] { return ExitCode::kOk; }, kKfxConf},
     {kViewKfxConf, ViewKfxConfLines, 0},
-    {kSetSecurity, [] { return SetSecurity(options.security); }, kMap},
-    {kViewSecurity, ViewSecurity, 0},
+    {kSetSecurity, [] { return Report(SetSecurity(options.security)); }, kMap},
+    {kViewSecurity, RunViewSecurity, 0},
     {kConvertMap, RunConversion, kKfxConf},
     {kGetConfigValue, ReadConfigFile, 0},
     {kSetConfigValue, WriteConfigFile, kDaemon},

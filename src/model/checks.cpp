@@ -1,83 +1,88 @@
 #include "model/checks.h"
 
-#include "base/error.h"
+#include <string>
+
 #include "model/uniqueness.h"
 #include "model/validation.h"
 #include "model/vocabulary.h"
 
-ExitCode CheckNameForm(const char* owner, const std::string& name) {
+Outcome CheckNameForm(const char* owner, std::string_view name) {
     if (IsValidName(name)) {
-        return ExitCode::kOk;
+        return {};
     }
-    return Fail(ExitCode::kInvalidName,
-                "%s name contains invalid characters.\n"
-                "Use only alpha-numeric characters, \".\", and \"-\".",
-                owner);
+    return Failure(ExitCode::kInvalidName,
+                   "%s name contains invalid characters.\n"
+                   "Use only alpha-numeric characters, \".\", and \"-\".",
+                   owner);
 }
 
-ExitCode CheckNameIsFree(const std::string& name) {
+Outcome CheckNameIsFree(std::string_view name) {
     return IsDuplicateName(name)
-               ? Fail(ExitCode::kNameTaken, "Duplicate name \"%s\".", name.c_str())
-               : ExitCode::kOk;
+               ? Failure(ExitCode::kNameTaken, "Duplicate name \"%s\".", std::string(name).c_str())
+               : Outcome();
 }
 
-ExitCode CheckModel(const std::string& model) {
+Outcome CheckModel(std::string_view model) {
     return IsPlainText(model) && IsModelNumberInDatabase(model)
-               ? ExitCode::kOk
-               : Fail(ExitCode::kUnknownModel, "The model is not in the database.");
+               ? Outcome()
+               : Failure(ExitCode::kUnknownModel, "The model is not in the database.");
 }
 
-ExitCode CheckOsType(const std::string& type) {
+Outcome CheckOsType(std::string_view type) {
     return IsPlainText(type) && IsOSTypeInDatabase(type)
-               ? ExitCode::kOk
-               : Fail(ExitCode::kUnknownOsType, "The OS type is not in the database.");
+               ? Outcome()
+               : Failure(ExitCode::kUnknownOsType, "The OS type is not in the database.");
 }
 
-ExitCode CheckAddressForm(const std::string& address) {
+Outcome CheckAddressForm(std::string_view address) {
     return IsValidAddress(address)
-               ? ExitCode::kOk
-               : Fail(ExitCode::kInvalidAddress, "Invalid IP address \"%s\".", address.c_str());
+               ? Outcome()
+               : Failure(ExitCode::kInvalidAddress, "Invalid IP address \"%s\".",
+                         std::string(address).c_str());
 }
 
-ExitCode CheckAddressIsFree(const RVT_Node* node, const std::string& address) {
+Outcome CheckAddressIsFree(const RVT_Node* node, std::string_view address) {
     return IsDuplicateAddress(node, address)
-               ? Fail(ExitCode::kAddressTaken, "Duplicate IP address \"%s\".", address.c_str())
-               : ExitCode::kOk;
+               ? Failure(ExitCode::kAddressTaken, "Duplicate IP address \"%s\".",
+                         std::string(address).c_str())
+               : Outcome();
 }
 
-ExitCode CheckPortForm(const std::string& port) {
-    return IsValidPortNumber(port)
-               ? ExitCode::kOk
-               : Fail(ExitCode::kInvalidPort, "Invalid port number \"%s\".", port.c_str());
+Outcome CheckPortForm(std::string_view port) {
+    return IsValidPortNumber(port) ? Outcome()
+                                   : Failure(ExitCode::kInvalidPort, "Invalid port number \"%s\".",
+                                             std::string(port).c_str());
 }
 
-ExitCode CheckPortIsFree(std::string_view address, const std::string& port) {
-    return IsDuplicatePortWithinAddress(address, port) ? PortTaken(port) : ExitCode::kOk;
+Outcome CheckPortIsFree(std::string_view address, std::string_view port) {
+    return IsDuplicatePortWithinAddress(address, port) ? PortTaken(port) : Outcome();
 }
 
-ExitCode PortTaken(std::string_view port) {
-    return Fail(ExitCode::kPortTaken, "Duplicate port number \"%s\".", std::string(port).c_str());
+Outcome PortTaken(std::string_view port) {
+    return Failure(ExitCode::kPortTaken, "Duplicate port number \"%s\".",
+                   std::string(port).c_str());
 }
 
-ExitCode CheckPortRange(std::string_view first, std::string_view last) {
+Outcome CheckPortRange(std::string_view first, std::string_view last) {
     if (IsValidPortRange(first, last)) {
-        return ExitCode::kOk;
+        return {};
     }
-    return Fail(ExitCode::kInvalidPortRange,
-                "The first and last terminal server port values are out of range. \n"
-                "The difference between the values of the first and the last terminal \n"
-                "server port should not be more than 16.");
+    return Failure(ExitCode::kInvalidPortRange,
+                   "The first and last terminal server port values are out of range. \n"
+                   "The difference between the values of the first and the last terminal \n"
+                   "server port should not be more than 16.");
 }
 
-ExitCode CheckEventFile(const std::string& name) {
+Outcome CheckEventFile(std::string_view name) {
     return IsPlainText(name) && EventFileExists(name)
-               ? ExitCode::kOk
-               : Fail(ExitCode::kEventFileNotFound, "Event file \"%s\" not found.", name.c_str());
+               ? Outcome()
+               : Failure(ExitCode::kEventFileNotFound, "Event file \"%s\" not found.",
+                         std::string(name).c_str());
 }
 
-ExitCode CheckEventsHaveLogging(std::string_view logging, std::string_view events) {
+Outcome CheckEventsHaveLogging(std::string_view logging, std::string_view events) {
     return logging == switch_off && events == switch_on
-               ? Fail(ExitCode::kEventsWithoutLogging,
-                      "Events cannot be enabled when logging is disabled.")
-               : ExitCode::kOk;
+               ? Failure(ExitCode::kEventsWithoutLogging,
+                         "Events cannot be enabled when logging is disabled.")
+               : Outcome();
 }

@@ -1,47 +1,45 @@
 #include "model/conversion.h"
 
 #include <array>
+#include <span>
 #include <string>
 #include <unordered_map>
 #include <vector>
 
-#include "base/error.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
 #include "model/uniqueness.h"
 #include "model/validation.h"
 #include "model/vocabulary.h"
-#include "run/rvt_exit.h"
-#include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
-static ExitCode FindVersion(RVT_Node*& version) {
+static Result<RVT_Node*> FindVersion() {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
-    version = FindAttribute(*map, version_tag);
-    return version != nullptr ? ExitCode::kOk
-                              : Fail(ExitCode::kIncompleteMap,
-                                     "Cannot find the \"version\" attribute for SystemMap.");
+    RVT_Node* version = FindAttribute(*map, version_tag);
+    if (version == nullptr) {
+        return Failure(ExitCode::kIncompleteMap,
+                       "Cannot find the \"version\" attribute for SystemMap.");
+    }
+    return version;
 }
 
-ExitCode GetVersion(std::string_view& version) {
-    RVT_Node* attribute = nullptr;
-    const ExitCode code = FindVersion(attribute);
-    if (code == ExitCode::kOk) {
-        version = attribute->GetValue();
+Result<std::string_view> GetVersion() {
+    const Result<RVT_Node*> version = FindVersion();
+    if (!version.ok()) {
+        return version.outcome();
     }
-    return code;
+    return std::string_view((*version)->GetValue());
 }
 
-ExitCode SetVersion(std::string_view version) {
-    RVT_Node* attribute = nullptr;
-    const ExitCode code = FindVersion(attribute);
-    if (code == ExitCode::kOk) {
-        attribute->SetValue(version);
+Outcome SetVersion(std::string_view version) {
+    const Result<RVT_Node*> attribute = FindVersion();
+    if (attribute.ok()) {
+        (*attribute)->SetValue(version);
     }
-    return code;
+    return attribute.outcome();
 }
 
 namespace {
@@ -51,27 +49,27 @@ enum class Visited { kLivePlatforms, kAllPlatforms, kAllPlatformsAndConsoles };
 
 // Calls "visit" with each of them until it fails. kIncompleteMap when there is no root.
 template <typename Visit>
-ExitCode ForEach(Visited which, Visit visit) {
+Outcome ForEach(Visited which, Visit visit) {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
     const auto platforms = which == Visited::kLivePlatforms ? LiveElements(*map, Platform)
                                                             : ElementsEvenDeleted(*map, Platform);
     for (RVT_Node& platform : platforms) {
-        if (const ExitCode code = visit(platform); code != ExitCode::kOk) {
-            return code;
+        if (Outcome outcome = visit(platform); !outcome.ok()) {
+            return outcome;
         }
         if (which != Visited::kAllPlatformsAndConsoles) {
             continue;
         }
         for (RVT_Node& console : ElementsEvenDeleted(platform, Console)) {
-            if (const ExitCode code = visit(console); code != ExitCode::kOk) {
-                return code;
+            if (Outcome outcome = visit(console); !outcome.ok()) {
+                return outcome;
             }
         }
     }
-    return ExitCode::kOk;
+    return Outcome();
 }
 
 // The live platforms at each address, in document order. One without an address is at none.
@@ -79,46 +77,45 @@ std::unordered_map<std::string_view, std::vector<RVT_Node*>> PlatformsByAddress(
     const RVT_Node& map) {
     std::unordered_map<std::string_view, std::vector<RVT_Node*>> platforms;
     for (RVT_Node& platform : LiveElements(map, Platform)) {
-        std::string_view address;
-        if (GetPropertyValue(platform, AddrProp, address) == ExitCode::kOk) {
-            platforms[address].push_back(&platform);
+        if (const auto address = GetPropertyValue(platform, AddrProp)) {
+            platforms[*address].push_back(&platform);
         }
     }
     return platforms;
 }
 
-ExitCode MergePlatforms(const std::vector<RVT_Node*>& group) {
+Outcome MergePlatforms(const std::vector<RVT_Node*>& group) {
     RVT_Node& survivor = *group.front();
-    std::string survivor_id;
-    if (const ExitCode code = ReadID(survivor, survivor_id); code != ExitCode::kOk) {
-        return code;
+    const Result<std::string_view> survivor_id = ReadID(survivor);
+    if (!survivor_id.ok()) {
+        return survivor_id.outcome();
     }
-    for (size_t i = 1; i < group.size(); ++i) {
-        std::string id;
-        if (const ExitCode code = ReadID(*group[i], id); code != ExitCode::kOk) {
-            return code;
+    for (RVT_Node* merged : std::span(group).subspan(1)) {
+        const Result<std::string_view> id = ReadID(*merged);
+        if (!id.ok()) {
+            return id.outcome();
         }
-        UpdateIDsOfChildren(*group[i], id, survivor_id);
-        MoveConsolesToPlatform(*group[i], survivor);
+        UpdateIDsOfChildren(*merged, *id, *survivor_id);
+        MoveConsolesToPlatform(*merged, survivor);
     }
-    return ExitCode::kOk;
+    return {};
 }
 
 }  // namespace
 
-ExitCode GroupPlatformsWithDupIPAddr() {
+Outcome GroupPlatformsWithDupIPAddr() {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
     const auto by_address = PlatformsByAddress(*map);
     return ForEach(Visited::kLivePlatforms, [&by_address](RVT_Node& platform) {
-        std::string_view address;
-        if (GetPropertyValue(platform, AddrProp, address) != ExitCode::kOk) {
-            return ExitCode::kOk;
+        const auto address = GetPropertyValue(platform, AddrProp);
+        if (!address) {
+            return Outcome();
         }
-        const std::vector<RVT_Node*>& group = by_address.at(address);
-        return group.size() > 1 ? MergePlatforms(group) : ExitCode::kOk;
+        const std::vector<RVT_Node*>& group = by_address.at(*address);
+        return group.size() > 1 ? MergePlatforms(group) : Outcome();
     });
 }
 
@@ -134,16 +131,16 @@ void MoveConsolesToPlatform(RVT_Node& from, RVT_Node& to) {
     from.Delete();
 }
 
-ExitCode ModifyDuplicatePlatformNames() {
+Outcome ModifyDuplicatePlatformNames() {
     const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+        return SystemMapMissing(ExitCode::kIncompleteMap);
     }
     NameIndex names(*map);
     return ForEach(Visited::kAllPlatforms, [&names](RVT_Node& platform) {
         RVT_Node* value = FindPropertyValue(platform, NameProp);
         if (value == nullptr) {
-            return ExitCode::kLookupFailed;
+            return PropertyMissing(platform, NameProp);
         }
         const std::string_view name = value->GetValue();
         if (names.Count(name) != 1) {
@@ -154,47 +151,47 @@ ExitCode ModifyDuplicatePlatformNames() {
             names.Rename(name, unique);
             value->SetValue(unique);
         }
-        return ExitCode::kOk;
+        return Outcome();
     });
 }
 
 // Adds the property "name" with "value" to each of the elements that lacks it. It has no type.
-static ExitCode AddWhereMissing(std::string_view name, std::string_view value, Visited owners) {
+static Outcome AddWhereMissing(std::string_view name, std::string_view value, Visited owners) {
     return ForEach(owners, [name, value](const RVT_Node& owner) {
         RVT_Node* property_map = FindPropertyMap(owner);
         if (property_map == nullptr) {
-            return ExitCode::kLookupFailed;
+            return PropertyMissing(owner, name);
         }
         if (FindProperty(*property_map, name) == nullptr) {
             SetAttributes(AddElement(*property_map, Property),
                           {{name_tag, name}, {readonly_tag, switch_off}, {value_tag, value}});
         }
-        return ExitCode::kOk;
+        return Outcome();
     });
 }
 
-ExitCode AddLoggingEnabledPropertyToPlatforms() {
+Outcome AddLoggingEnabledPropertyToPlatforms() {
     return AddWhereMissing(LoggingProp, switch_on, Visited::kAllPlatforms);
 }
-ExitCode AddEventsEnabledPropertyToPlatforms() {
+Outcome AddEventsEnabledPropertyToPlatforms() {
     return AddWhereMissing(EventsProp, switch_on, Visited::kAllPlatforms);
 }
-ExitCode AddEnablePropertyToConsoles() {
+Outcome AddEnablePropertyToConsoles() {
     return AddWhereMissing(EnableProp, switch_on, Visited::kAllPlatformsAndConsoles);
 }
-ExitCode AddEventFilePropertyToConsoles() {
+Outcome AddEventFilePropertyToConsoles() {
     return AddWhereMissing(EventFileProp, DefaultEventFile, Visited::kAllPlatformsAndConsoles);
 }
-ExitCode AddMappedPortPropertyToConsoles() {
+Outcome AddMappedPortPropertyToConsoles() {
     return AddWhereMissing(MappedPortProp, "0", Visited::kAllPlatformsAndConsoles);
 }
-ExitCode AddAuthEnabledPropertyToConsoles() {
+Outcome AddAuthEnabledPropertyToConsoles() {
     return AddWhereMissing(AuthProp, switch_on, Visited::kAllPlatformsAndConsoles);
 }
-ExitCode AddFirstTSPortPropertyToPlatforms() {
+Outcome AddFirstTSPortPropertyToPlatforms() {
     return AddWhereMissing(FTSPProp, "2001", Visited::kAllPlatforms);
 }
-ExitCode AddLastTSPortPropertyToPlatforms() {
+Outcome AddLastTSPortPropertyToPlatforms() {
     return AddWhereMissing(LTSPProp, "2008", Visited::kAllPlatforms);
 }
 
@@ -207,38 +204,38 @@ static void AssignUnknown(const RVT_Node& owner, std::string_view property,
     }
 }
 
-ExitCode ValidateAndAssignGenericModel() {
+Outcome ValidateAndAssignGenericModel() {
     return ForEach(Visited::kLivePlatforms, [](const RVT_Node& platform) {
         AssignUnknown(platform, ModelProp, IsModelNumberInDatabase);
-        return ExitCode::kOk;
+        return Outcome();
     });
 }
 
-ExitCode CheckAndAssignTypePropertyToConsoles() {
+Outcome CheckAndAssignTypePropertyToConsoles() {
     return ForEach(Visited::kLivePlatforms, [](const RVT_Node& platform) {
         for (const RVT_Node& console : LiveElements(platform, Console)) {
             AssignUnknown(console, TypeProp, IsOSTypeInDatabase);
         }
-        return ExitCode::kOk;
+        return Outcome();
     });
 }
 
-ExitCode DeleteConnPropertyFromPlatform() {
+Outcome DeleteConnPropertyFromPlatform() {
     return ForEach(Visited::kLivePlatforms, [](const RVT_Node& platform) {
         for (const RVT_Node& property_map : LiveElements(platform, PropertyMap)) {
             for (RVT_Node& property : LiveElements(property_map, Property)) {
-                const RVT_Node* name = AttributeOf(property, name_tag);
+                const RVT_Node* name = FindAttribute(property, name_tag);
                 if (name != nullptr && name->IsValue(ConnProp)) {
                     property.Delete();
                 }
             }
         }
-        return ExitCode::kOk;
+        return Outcome();
     });
 }
 
-static ExitCode ConvertTree() {
-    static constexpr std::array<ExitCode (*)(), 14> kSteps = {
+static Outcome ConvertTree() {
+    static constexpr std::array<Outcome (*)(), 14> kSteps = {
         GroupPlatformsWithDupIPAddr,
         ModifyDuplicatePlatformNames,
         AddLoggingEnabledPropertyToPlatforms,
@@ -254,25 +251,21 @@ static ExitCode ConvertTree() {
         AddLastTSPortPropertyToPlatforms,
         CheckAndAssignTypePropertyToConsoles,
     };
-    for (ExitCode (*step)() : kSteps) {
-        if (const ExitCode code = step(); code != ExitCode::kOk) {
-            return code;
+    for (Outcome (*step)() : kSteps) {
+        if (Outcome outcome = step(); !outcome.ok()) {
+            return outcome;
         }
     }
-    return ExitCode::kOk;
+    return Outcome();
 }
 
-void DoVersionConversion(const char* path) {
-    std::string_view version;
-    static_cast<void>(GetVersion(version));
-    if (version == systemmap_version) {
-        return;
+Result<bool> DoVersionConversion() {
+    const Result<std::string_view> version = GetVersion();
+    if (version.ok() && *version == systemmap_version) {
+        return false;
     }
-    ExitCode code = ConvertTree();
-    if (code == ExitCode::kOk) {
-        code = WriteXMLFile(path, &rvt_xml_tree);
+    if (Outcome outcome = ConvertTree(); !outcome.ok()) {
+        return outcome;
     }
-    if (code != ExitCode::kOk) {
-        RVTExit(code);
-    }
+    return true;
 }

@@ -3,35 +3,33 @@
 #include <climits>
 #include <cstdlib>
 
-#include "base/error.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
-ExitCode Serial::Read(const RVT_Node& map) {
-    attribute_ = FindAttribute(map, serial_tag);
-    if (attribute_ == nullptr) {
-        return Fail(ExitCode::kIncompleteMap,
-                    "Cannot find the \"serial\" attribute for SystemMap.");
+Result<Serial> Serial::Read(const RVT_Node& map) {
+    RVT_Node* attribute = FindAttribute(map, serial_tag);
+    if (attribute == nullptr) {
+        return Failure(ExitCode::kIncompleteMap,
+                       "Cannot find the \"serial\" attribute for SystemMap.");
     }
-    number_ = strtol(attribute_->GetValue(), nullptr, 10);
-    if (number_ < 1 || number_ >= INT_MAX) {
-        return Fail(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
+    const long number = strtol(attribute->GetValue(), nullptr, 10);
+    if (number < 1 || number >= INT_MAX) {
+        return Failure(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
     }
-    return ExitCode::kOk;
+    return Serial(*attribute, number);
 }
 
 void Serial::Advance() {
     ++number_;
-    attribute_->SetValue(std::to_string(number_));
+    attribute_.SetValue(std::to_string(number_));
 }
 
-ExitCode ReadID(const RVT_Node& element, std::string& id) {
+Result<std::string_view> ReadID(const RVT_Node& element) {
     const RVT_Node* attribute = FindAttribute(element, ID_tag);
     if (attribute == nullptr) {
-        return Fail(ExitCode::kIncompleteMap, "ID not found in XML data.");
+        return Failure(ExitCode::kIncompleteMap, "ID not found in XML data.");
     }
-    id = attribute->GetValue();
-    return ExitCode::kOk;
+    return std::string_view(attribute->GetValue());
 }
 
 std::string ConsoleID(std::string_view owner, std::string_view port) {

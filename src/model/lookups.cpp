@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "base/error.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
@@ -13,69 +12,51 @@ RVT_Node* FindSystemMap() {
     while (node != nullptr && !(node->IsType(RVT_ELEMENT) && node->IsName(SystemMap))) {
         node = RVT_XML_Tree::GetNextChild(pos);
     }
-    if (node == nullptr) {
-        NoteError("Cannot find SystemMap element.");
-    }
     return node;
 }
 
-RVT_Node* FindPlatform(std::string_view property, const std::string& value) {
-    RVT_Node* map = FindSystemMap();
+RVT_Node* FindPlatform(std::string_view name) {
+    const RVT_Node* map = FindSystemMap();
     if (map == nullptr) {
         return nullptr;
     }
     for (RVT_Node& platform : LiveElements(*map, Platform)) {
-        std::string_view text;
-        if (GetPropertyValue(platform, property, text) == ExitCode::kOk && text == value) {
+        if (GetPropertyValue(platform, NameProp) == name) {
             return &platform;
         }
     }
-    NoteError("Cannot find Platform \"%s\".", value.c_str());
     return nullptr;
 }
 
-RVT_Node* FindConsole(const RVT_Node& parent, std::string_view property, const std::string& value) {
-    for (RVT_Node& console : LiveElements(parent, Console)) {
-        std::string_view text;
-        if (GetPropertyValue(console, property, text) != ExitCode::kOk) {
+RVT_Node* FindConsole(const RVT_Node& platform, std::string_view name) {
+    for (RVT_Node& console : LiveElements(platform, Console)) {
+        const auto console_name = GetPropertyValue(console, NameProp);
+        if (!console_name) {
             return nullptr;
         }
-        if (text == value) {
+        if (console_name == name) {
             return &console;
         }
     }
-    NoteError("Cannot find Console \"%s\" in %s.", value.c_str(), parent.GetName().data());
     return nullptr;
 }
 
-RVT_Node* FindPropertyMap(const RVT_Node& node) {
-    RVT_Node* map = LiveElements(node, PropertyMap).First();
-    if (map == nullptr) {
-        NoteError("Cannot find PropertyMap in \"%s\".", node.GetName().data());
-    }
-    return map;
+RVT_Node* FindPropertyMap(const RVT_Node& element) {
+    return LiveElements(element, PropertyMap).First();
 }
 
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
     for (RVT_Node& property : ElementsEvenDeleted(property_map, Property)) {
-        const RVT_Node* called = AttributeOf(property, name_tag);
+        const RVT_Node* called = FindAttribute(property, name_tag);
         if (called != nullptr && called->IsValue(name)) {
             return &property;
         }
     }
-    NoteError("Cannot find Property \"name=%s\" in \"%s\".", std::string(name).c_str(),
-              property_map.GetName().data());
     return nullptr;
 }
 
 RVT_Node* FindCache(const RVT_Node& platform) {
-    RVT_Node* cache = LiveElements(platform, Cache).First();
-    if (cache == nullptr) {
-        std::string_view name;
-        static_cast<void>(GetPropertyValue(platform, NameProp, name));
-        NoteError("Cannot find Cache for platform \"%s\".", std::string(name).c_str());
-    }
-    return cache;
+    return LiveElements(platform, Cache).First();
 }
 
 static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
@@ -87,36 +68,19 @@ static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
     return attribute;
 }
 
-RVT_Node* AttributeOf(const RVT_Node& node, std::string_view name) {
+RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
     return AttributeWithName(node, InternName(name));
 }
 
-static RVT_Node* FindAttributeWithName(const RVT_Node& node, NameId name) {
-    RVT_Node* attribute = AttributeWithName(node, name);
-    if (attribute == nullptr) {
-        NoteError("Cannot find attribute \"%s=\" in \"%s\".", NameText(name).data(),
-                  node.GetName().data());
-    }
-    return attribute;
-}
-
-RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
-    return FindAttributeWithName(node, InternName(name));
-}
-
-RVT_Node* FindPropertyValue(const RVT_Node& node, std::string_view name) {
-    const RVT_Node* map = FindPropertyMap(node);
+RVT_Node* FindPropertyValue(const RVT_Node& element, std::string_view name) {
+    const RVT_Node* map = FindPropertyMap(element);
     const RVT_Node* property = map == nullptr ? nullptr : FindProperty(*map, name);
     return property == nullptr ? nullptr : FindAttribute(*property, value_tag);
 }
 
-ExitCode GetPropertyValue(const RVT_Node& node, std::string_view name, std::string_view& value) {
-    const RVT_Node* attribute = FindPropertyValue(node, name);
-    if (attribute == nullptr) {
-        return ExitCode::kLookupFailed;
-    }
-    value = attribute->GetValue();
-    return ExitCode::kOk;
+std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, std::string_view name) {
+    const RVT_Node* value = FindPropertyValue(element, name);
+    return value == nullptr ? std::nullopt : std::optional<std::string_view>(value->GetValue());
 }
 
 // The place of "name" among "names", looked for at "guess" first; names.size() when it is not
@@ -129,11 +93,11 @@ static size_t PlaceOf(std::string_view name, std::span<const std::string_view> n
     return static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
 }
 
-ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_view> names,
-                           std::span<std::string_view> values) {
-    const RVT_Node* map = FindPropertyMap(node);
+Outcome GetPropertyValues(const RVT_Node& element, std::span<const std::string_view> names,
+                          std::span<std::string_view> values) {
+    const RVT_Node* map = FindPropertyMap(element);
     if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+        return PropertyMissing(element, names.front());
     }
     static const NameId kName = InternName(name_tag);
     static const NameId kValue = InternName(value_tag);
@@ -147,25 +111,42 @@ ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_vie
         }
     }
     for (size_t i = 0; i < names.size(); ++i) {
-        const RVT_Node* property =
-            found.at(i) != nullptr ? found.at(i) : FindProperty(*map, names[i]);
+        const RVT_Node* property = found.at(i);
         const RVT_Node* value =
-            property == nullptr ? nullptr : FindAttributeWithName(*property, kValue);
+            property == nullptr ? nullptr : AttributeWithName(*property, kValue);
         if (value == nullptr) {
-            return ExitCode::kLookupFailed;
+            return PropertyMissing(element, names[i]);
         }
         values[i] = value->GetValue();
     }
-    return ExitCode::kOk;
+    return {};
 }
 
-ExitCode SetPropertyValue(const RVT_Node& node, std::string_view name, std::string_view value) {
-    RVT_Node* attribute = FindPropertyValue(node, name);
-    if (attribute == nullptr) {
-        return ExitCode::kLookupFailed;
+Outcome SystemMapMissing(ExitCode code) {
+    return {code, "Cannot find SystemMap element."};
+}
+
+Outcome PlatformMissing(std::string_view name) {
+    if (FindSystemMap() == nullptr) {
+        return SystemMapMissing(ExitCode::kLookupFailed);
     }
-    attribute->SetValue(value);
-    return ExitCode::kOk;
+    return Failure(ExitCode::kLookupFailed, "Cannot find Platform \"%s\".",
+                   std::string(name).c_str());
+}
+
+Outcome PropertyMissing(const RVT_Node& element, std::string_view name) {
+    const RVT_Node* map = FindPropertyMap(element);
+    if (map == nullptr) {
+        return Failure(ExitCode::kLookupFailed, "Cannot find PropertyMap in \"%s\".",
+                       element.GetName().data());
+    }
+    const RVT_Node* property = FindProperty(*map, name);
+    if (property == nullptr) {
+        return Failure(ExitCode::kLookupFailed, "Cannot find Property \"name=%s\" in \"%s\".",
+                       std::string(name).c_str(), map->GetName().data());
+    }
+    return Failure(ExitCode::kLookupFailed, "Cannot find attribute \"%s=\" in \"%s\".",
+                   value_tag.data(), property->GetName().data());
 }
 
 void SetAttributes(RVT_Node& node,

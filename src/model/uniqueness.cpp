@@ -7,25 +7,24 @@
 #include "xml/walk.h"
 
 static bool HasProperty(const RVT_Node& node, std::string_view property, std::string_view wanted) {
-    std::string_view value;
-    return GetPropertyValue(node, property, value) == ExitCode::kOk && value == wanted;
+    return GetPropertyValue(node, property) == wanted;
 }
 
 // Calls "visit" with each name that counts as used.
 template <typename Visit>
 static void VisitNames(const RVT_Node& map, Visit visit) {
     for (const RVT_Node& node : ElementsEvenDeleted(map, Platform, Console)) {
-        std::string_view name;
-        if (GetPropertyValue(node, NameProp, name) != ExitCode::kOk) {
+        const auto name = GetPropertyValue(node, NameProp);
+        if (!name) {
             continue;
         }
-        visit(name);
+        visit(*name);
         if (!node.IsName(Platform)) {
             continue;
         }
         for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-            if (GetPropertyValue(console, NameProp, name) == ExitCode::kOk) {
-                visit(name);
+            if (const auto console_name = GetPropertyValue(console, NameProp)) {
+                visit(*console_name);
             }
         }
     }
@@ -81,9 +80,9 @@ int GetCountOfConsolesWithAddress(std::string_view address, std::string_view por
     }
     int count = 0;
     for (const RVT_Node& node : ElementsEvenDeleted(*map, Platform, Console)) {
-        std::string_view own_port;
-        if (!HasProperty(node, AddrProp, address) ||
-            GetPropertyValue(node, PortProp, own_port) != ExitCode::kOk) {
+        const auto own_port =
+            HasProperty(node, AddrProp, address) ? GetPropertyValue(node, PortProp) : std::nullopt;
+        if (!own_port) {
             continue;
         }
         if (own_port == port) {

@@ -9,6 +9,8 @@
 
 namespace {
 
+using Result = RunResult;
+
 const std::string kConfig = "kfxd.cfg";
 const std::string kTemporaryMap = kMap + ".tmp";
 const std::string kOldKfxConf = kKfxConfHeader + "old 1.2.3.4\n";
