@@ -26,8 +26,6 @@ static std::string Take(std::string_view& text, std::string_view end) {
 }
 
 static bool ParseWords(std::string text) {
-    action = kNoAction;
-    options = Options{};
     ClearError();
     std::vector<char*> argv = {program.data()};
     for (char* word = strtok(text.data(), "\n"); word != nullptr; word = strtok(nullptr, "\n")) {
@@ -46,19 +44,20 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         return 0;
     }
     const std::string map = Take(input, "\n%%\n");
+    inventory = Inventory();
     PutFile(xml_file, map);
     PutFile("stdin", input);
     close(STDIN_FILENO);
-    if (open("stdin", O_RDONLY) != STDIN_FILENO || !CanRead(xml_file, rvt_xml_tree)) {
+    if (open("stdin", O_RDONLY) != STDIN_FILENO || !CanRead(xml_file, inventory.Tree())) {
         return 0;
     }
-    const std::string before = Dump(rvt_xml_tree);
+    const std::string before = Dump(inventory.Tree());
     const auto end = EndOf(DoAction);
     AllowTermination();
     const bool is_update = action == kUpdatePlatform || action == kUpdateSystem;
     if (end && GetFile(xml_file) == map) {
         Require(*end != ExitCode::kOk, "an action that ends a run has failed");
-        Require(is_update || action == kConvertMap || Dump(rvt_xml_tree) == before,
+        Require(is_update || action == kConvertMap || Dump(inventory.Tree()) == before,
                 "a failed command changes nothing");
         return 0;
     }
@@ -68,6 +67,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             "a failed run leaves the map");
     RVT_XML_Tree read;
     Require(CanRead(xml_file, read), "the map stays readable");
-    Require(Dump(read) == Dump(rvt_xml_tree), "the map comes back");
+    Require(Dump(read) == Dump(inventory.Tree()), "the map comes back");
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <regex>
 
 #include "base/output.h"
+#include "model/lookups.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
 
@@ -151,14 +152,15 @@ TEST(Conversion, AgreesWithThePlainDefinition) {
             map.children.push_back(RandomItem(random, random() % 6 == 0 ? "Console" : "Platform"));
         }
         const std::string before = Text(map, 0);
-        rvt_xml_tree = RVT_XML_Tree();
-        ASSERT_EQ(ParseXMLText(before, "map", &rvt_xml_tree), 0);
+        RVT_XML_Tree tree;
+        ASSERT_EQ(ParseXMLText(before, "map", &tree), 0);
+        const RVT_Node& root = *FindSystemMap(tree);
         PlainMerge(map);
         const int code = PlainRename(map);
-        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr().code()) + Number(ModifyDuplicatePlatformNames().code()), code) << before;
+        ASSERT_EQ(Number(GroupPlatformsWithDupIPAddr(root).code()) + Number(ModifyDuplicatePlatformNames(root).code()), code) << before;
         (code == 0 ? complete : failed) += 1;
         text.clear();
-        EXPECT_TRUE(PrintTree(out, &rvt_xml_tree) == ExitCode::kOk && out.Flush());
+        EXPECT_TRUE(PrintTree(out, &tree) == ExitCode::kOk && out.Flush());
         // After a failure the tree is never seen.
         EXPECT_TRUE(code != 0 || text == Text(map, 0)) << before << text;
     }

@@ -12,20 +12,20 @@ static Outcome CacheNotFound() {
 }
 
 static Result<RVT_Node*> FindCacheElement(const RVT_XML_Tree& document) {
-    RVT_Node_List_Elem* pos = nullptr;
-    const RVT_Node* declaration = document.GetFirstChild(pos);
-    if (declaration == nullptr) {
+    const ChildWalk nodes = Children(document);
+    auto node = nodes.begin();
+    if (node == nodes.end()) {
         return CacheNotFound();
     }
-    if (!declaration->IsType(RVT_XML_DECL)) {
+    if (!(*node).IsType(RVT_XML_DECL)) {
         return Outcome(ExitCode::kIncompleteMap,
                        "First line must contain a <?xml ...> declaration.");
     }
-    RVT_Node* cache = RVT_XML_Tree::GetNextChild(pos);
-    if (cache == nullptr || !cache->IsType(RVT_ELEMENT) || !cache->IsName(Cache)) {
+    ++node;
+    if (node == nodes.end() || !(*node).IsType(RVT_ELEMENT) || !(*node).IsName(tag::Cache)) {
         return CacheNotFound();
     }
-    return cache;
+    return &*node;
 }
 
 // Reads the cache back as it would stand in the map, which ends the run where that is impossible: a
@@ -42,37 +42,38 @@ static Outcome CheckIsReadable(const RVT_Node& cache) {
     return readable ? Outcome() : Outcome(ExitCode::kNotWellFormed, "");
 }
 
-Outcome UpdateCache(std::string_view platform_name, const RVT_XML_Tree& cache_document) {
+Outcome UpdateCache(const Command& command, Inventory& inventory,
+                    const RVT_XML_Tree& cache_document) {
     const Result<RVT_Node*> cache = FindCacheElement(cache_document);
     if (!cache.ok()) {
         return cache.outcome();
     }
-    RVT_Node* platform = FindPlatform(platform_name);
-    if (platform == nullptr) {
-        return PlatformMissing(platform_name);
+    const Result<RVT_Node*> platform = inventory.FindPlatform(command.name);
+    if (!platform.ok()) {
+        return platform.outcome();
     }
     if (Outcome outcome = CheckIsReadable(**cache); !outcome.ok()) {
         return outcome;
     }
-    if (RVT_Node* old = FindCache(*platform); old != nullptr) {
+    if (RVT_Node* old = FindCache(**platform); old != nullptr) {
         old->Delete();
     }
-    platform->AddChild(*cache);
+    (*platform)->AddChild(*cache);
     return {};
 }
 
-Outcome RemoveCache(std::string_view platform_name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return SystemMapMissing(ExitCode::kLookupFailed);
+Outcome RemoveCache(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kLookupFailed);
+    if (!map.ok()) {
+        return map.outcome();
     }
     bool platform_exists = false;
-    for (const RVT_Node& platform : LiveElements(*map, Platform)) {
-        const auto name = GetPropertyValue(platform, NameProp);
+    for (const RVT_Node& platform : LiveElements(**map, tag::Platform)) {
+        const auto name = GetPropertyValue(platform, Property::kName);
         if (!name) {
-            return PropertyMissing(platform, NameProp);
+            return PropertyMissing(platform, Property::kName);
         }
-        if (name != platform_name) {
+        if (name != command.name) {
             continue;
         }
         platform_exists = true;
@@ -85,5 +86,5 @@ Outcome RemoveCache(std::string_view platform_name) {
         return {ExitCode::kLookupFailed, ""};
     }
     return Failure(ExitCode::kLookupFailed, "Cannot find Cache for platform \"%s\".",
-                   std::string(platform_name).c_str());
+                   command.name.c_str());
 }

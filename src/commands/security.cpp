@@ -3,12 +3,12 @@
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
-static Result<RVT_Node*> FindSecurity() {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return SystemMapMissing(ExitCode::kIncompleteMap);
+static Result<RVT_Node*> FindSecurity(const Inventory& inventory) {
+    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
+    if (!map.ok()) {
+        return map.outcome();
     }
-    RVT_Node* security = FindAttribute(*map, security_tag);
+    RVT_Node* security = FindAttribute(**map, security_tag);
     if (security == nullptr) {
         return Outcome(ExitCode::kIncompleteMap,
                        "Cannot find the \"security\" attribute for SystemMap.");
@@ -16,16 +16,16 @@ static Result<RVT_Node*> FindSecurity() {
     return security;
 }
 
-Outcome SetSecurity(std::string_view value) {
-    const Result<RVT_Node*> security = FindSecurity();
+Outcome SetSecurity(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> security = FindSecurity(inventory);
     if (security.ok()) {
-        (*security)->SetValue(value);
+        (*security)->SetValue(command.security);
     }
     return security.outcome();
 }
 
-Result<std::string_view> ViewSecurity() {
-    const Result<RVT_Node*> security = FindSecurity();
+Result<std::string_view> ViewSecurity(const Inventory& inventory) {
+    const Result<RVT_Node*> security = FindSecurity(inventory);
     if (!security.ok()) {
         return security.outcome();
     }

@@ -4,10 +4,12 @@
 #include <string_view>
 
 #include "base/outcome.h"
+#include "commands/command.h"
+#include "model/inventory.h"
 
-// Sets the root's "security" to "value". kIncompleteMap when the root or the attribute is missing:
+// Sets the root's "security". kIncompleteMap when the root or the attribute is missing:
 // "Cannot find the \"security\" attribute for SystemMap."
-Outcome SetSecurity(std::string_view value);
+Outcome SetSecurity(const Command& command, Inventory& inventory);
 
 // It, as stored. kIncompleteMap as above.
-Result<std::string_view> ViewSecurity();
+Result<std::string_view> ViewSecurity(const Inventory& inventory);

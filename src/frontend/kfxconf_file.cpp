@@ -28,7 +28,7 @@ ExitCode CreateKfxConfFile() {
     // The daemon may read the file meanwhile, so the text leaves in as few writes as it fits in.
     Output out(file.fd.get());
     out.Put(kfxconf_header);
-    const ExitCode code = Report(WriteKfxConf(out, ""));
+    const ExitCode code = Report(WriteKfxConf(out, inventory, ""));
     const bool written = out.Flush() && file.fd.Close();
     if (code != ExitCode::kOk) {
         return code;
@@ -39,7 +39,7 @@ ExitCode CreateKfxConfFile() {
 ExitCode ViewKfxConfLines() {
     const TerminationAllowed while_waiting;
     Output out(STDOUT_FILENO);
-    const ExitCode code = Report(WriteKfxConf(out, options.system_name));
+    const ExitCode code = Report(WriteKfxConf(out, inventory, options.system_name));
     const bool written = out.Flush();
     if (code != ExitCode::kOk) {
         return code;

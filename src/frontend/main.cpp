@@ -12,7 +12,6 @@
 #include "run/map_lock.h"
 #include "run/rvt_exit.h"
 #include "translog/rvt_trans_log.h"
-#include "xml/rvt_node.h"
 #include "xml/rvt_xml_parser.h"
 
 static void SetProgram(std::string path) {
@@ -29,7 +28,7 @@ static void EndRunUnlessOk(ExitCode code) {
 // the command then finds incomplete, but the -config actions look at nothing in the map.
 static void ReadMap() {
     const TerminationAllowed while_reading;
-    const int result = ParseXMLFile(xml_file, &rvt_xml_tree);
+    const int result = ParseXMLFile(xml_file, &inventory.Tree());
     if (result != 0 && (action == kGetConfigValue || action == kSetConfigValue)) {
         RVTExit(ExitCode::kNotWellFormed);
     }

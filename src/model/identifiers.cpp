@@ -5,6 +5,7 @@
 
 #include "model/lookups.h"
 #include "model/vocabulary.h"
+#include "xml/walk.h"
 
 Result<Serial> Serial::Read(const RVT_Node& map) {
     RVT_Node* attribute = FindAttribute(map, serial_tag);
@@ -19,9 +20,11 @@ Result<Serial> Serial::Read(const RVT_Node& map) {
     return Serial(*attribute, number);
 }
 
-void Serial::Advance() {
+std::string Serial::Take() {
+    std::string taken = attribute_.GetValue();
     ++number_;
     attribute_.SetValue(std::to_string(number_));
+    return taken;
 }
 
 Result<std::string_view> ReadID(const RVT_Node& element) {
@@ -41,23 +44,19 @@ std::string PropertyMapID(std::string_view owner) {
 }
 
 std::string ReplaceID(std::string_view id, std::string_view from, std::string_view to) {
-    if (id.substr(0, from.size()) != from) {
+    if (!id.starts_with(from)) {
         return std::string(id);
     }
     return std::string(to) + std::string(id.substr(from.size()));
 }
 
 void UpdateIDsOfChildren(const RVT_Node& node, std::string_view from, std::string_view to) {
-    RVT_Node_List_Elem* pos = nullptr;
-    for (RVT_Node* child = node.GetFirstChild(pos); child != nullptr;
-         child = RVT_Node::GetNextChild(pos)) {
-        RVT_Node_List_Elem* at = nullptr;
-        for (RVT_Node* attribute = child->GetFirstAttribute(at); attribute != nullptr;
-             attribute = RVT_Node::GetNextAttribute(at)) {
-            if (attribute->IsName(ID_tag)) {
-                attribute->SetValue(ReplaceID(attribute->GetValue(), from, to));
+    for (const RVT_Node& child : Children(node)) {
+        for (RVT_Node& attribute : Attributes(child)) {
+            if (attribute.IsName(ID_tag)) {
+                attribute.SetValue(ReplaceID(attribute.GetValue(), from, to));
             }
         }
-        UpdateIDsOfChildren(*child, from, to);
+        UpdateIDsOfChildren(child, from, to);
     }
 }

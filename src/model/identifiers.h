@@ -20,10 +20,8 @@ class Serial {
     // with a number from 1 to 2147483646 (the last that can be advanced).
     static Result<Serial> Read(const RVT_Node& map);
 
-    // The number as the map spells it, which may have leading zeros: the next identifier.
-    [[nodiscard]] std::string_view Text() const { return attribute_.GetValue(); }
-    // Stores the number after it. Text() is the new one from then on.
-    void Advance();
+    // The number as the map spells it, which may have leading zeros. The counter is advanced.
+    std::string Take();
 
   private:
     Serial(RVT_Node& attribute, long number) : attribute_(attribute), number_(number) {}

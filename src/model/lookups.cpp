@@ -2,26 +2,23 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-RVT_Node* FindSystemMap() {
-    RVT_Node_List_Elem* pos = nullptr;
-    RVT_Node* node = rvt_xml_tree.GetFirstChild(pos);
-    while (node != nullptr && !(node->IsType(RVT_ELEMENT) && node->IsName(SystemMap))) {
-        node = RVT_XML_Tree::GetNextChild(pos);
+RVT_Node* FindSystemMap(const RVT_XML_Tree& tree) {
+    for (RVT_Node& node : Children(tree)) {
+        if (node.IsType(RVT_ELEMENT) && node.IsName(tag::SystemMap)) {
+            return &node;
+        }
     }
-    return node;
+    return nullptr;
 }
 
-RVT_Node* FindPlatform(std::string_view name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return nullptr;
-    }
-    for (RVT_Node& platform : LiveElements(*map, Platform)) {
-        if (GetPropertyValue(platform, NameProp) == name) {
+RVT_Node* FindPlatform(const RVT_Node& map, std::string_view name) {
+    for (RVT_Node& platform : LiveElements(map, tag::Platform)) {
+        if (GetPropertyValue(platform, Property::kName) == name) {
             return &platform;
         }
     }
@@ -29,25 +26,40 @@ RVT_Node* FindPlatform(std::string_view name) {
 }
 
 RVT_Node* FindConsole(const RVT_Node& platform, std::string_view name) {
-    for (RVT_Node& console : LiveElements(platform, Console)) {
-        const auto console_name = GetPropertyValue(console, NameProp);
-        if (!console_name) {
-            return nullptr;
-        }
-        if (console_name == name) {
-            return &console;
+    for (RVT_Node& console : LiveElements(platform, tag::Console)) {
+        const auto console_name = GetPropertyValue(console, Property::kName);
+        if (!console_name || console_name == name) {
+            return console_name ? &console : nullptr;
         }
     }
     return nullptr;
 }
 
 RVT_Node* FindPropertyMap(const RVT_Node& element) {
-    return LiveElements(element, PropertyMap).First();
+    return LiveElements(element, tag::PropertyMap).First();
+}
+
+RVT_Node* FindCache(const RVT_Node& platform) {
+    return LiveElements(platform, tag::Cache).First();
+}
+
+static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
+    for (RVT_Node& attribute : Attributes(node)) {
+        if (attribute.IsName(name)) {
+            return &attribute;
+        }
+    }
+    return nullptr;
+}
+
+RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
+    return AttributeWithName(node, InternName(name));
 }
 
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
-    for (RVT_Node& property : ElementsEvenDeleted(property_map, Property)) {
-        const RVT_Node* called = FindAttribute(property, name_tag);
+    const NameId name_attribute = InternName(name_tag);
+    for (RVT_Node& property : ElementsEvenDeleted(property_map, tag::Property)) {
+        const RVT_Node* called = AttributeWithName(property, name_attribute);
         if (called != nullptr && called->IsValue(name)) {
             return &property;
         }
@@ -55,98 +67,72 @@ RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
     return nullptr;
 }
 
-RVT_Node* FindCache(const RVT_Node& platform) {
-    return LiveElements(platform, Cache).First();
-}
-
-static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
-    RVT_Node_List_Elem* pos = nullptr;
-    RVT_Node* attribute = node.GetFirstAttribute(pos);
-    while (attribute != nullptr && !attribute->IsName(name)) {
-        attribute = RVT_Node::GetNextAttribute(pos);
-    }
-    return attribute;
-}
-
-RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
-    return AttributeWithName(node, InternName(name));
-}
-
-RVT_Node* FindPropertyValue(const RVT_Node& element, std::string_view name) {
+RVT_Node* FindPropertyValue(const RVT_Node& element, Property property) {
     const RVT_Node* map = FindPropertyMap(element);
-    const RVT_Node* property = map == nullptr ? nullptr : FindProperty(*map, name);
-    return property == nullptr ? nullptr : FindAttribute(*property, value_tag);
+    const RVT_Node* found = map == nullptr ? nullptr : FindProperty(*map, RowOf(property).name);
+    return found == nullptr ? nullptr : FindAttribute(*found, value_tag);
 }
 
-std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, std::string_view name) {
-    const RVT_Node* value = FindPropertyValue(element, name);
+std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, Property property) {
+    const RVT_Node* value = FindPropertyValue(element, property);
     return value == nullptr ? std::nullopt : std::optional<std::string_view>(value->GetValue());
 }
 
-// The place of "name" among "names", looked for at "guess" first; names.size() when it is not
-// there.
-static size_t PlaceOf(std::string_view name, std::span<const std::string_view> names,
-                      size_t guess) {
-    if (guess < names.size() && names[guess] == name) {
-        return guess;
-    }
-    return static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+std::string_view PropertyOrEmpty(const RVT_Node& element, Property property) {
+    return GetPropertyValue(element, property).value_or("");
 }
 
-Outcome GetPropertyValues(const RVT_Node& element, std::span<const std::string_view> names,
-                          std::span<std::string_view> values) {
+// The place of the property called "name" among "properties", looked for at "guess" first; their
+// number when it is none of them.
+static size_t PlaceOf(std::string_view name, std::span<const Property> properties, size_t guess) {
+    if (guess < properties.size() && RowOf(properties[guess]).name == name) {
+        return guess;
+    }
+    const auto found =
+        std::ranges::find(properties, name, [](Property property) { return RowOf(property).name; });
+    return static_cast<size_t>(found - properties.begin());
+}
+
+PropertyValues GetPropertyValues(const RVT_Node& element, Owner owner) {
+    PropertyValues values;
     const RVT_Node* map = FindPropertyMap(element);
     if (map == nullptr) {
-        return PropertyMissing(element, names.front());
+        return values;
     }
     static const NameId kName = InternName(name_tag);
     static const NameId kValue = InternName(value_tag);
-    std::array<const RVT_Node*, kMostProperties + 1> found{};
-    size_t place = 0;
-    for (const RVT_Node& property : ElementsEvenDeleted(*map, Property)) {
+    const std::span<const Property> properties = PropertiesOf(owner);
+    std::array<bool, kPropertyCount + 1> seen{};
+    size_t guess = 0;
+    for (const RVT_Node& property : ElementsEvenDeleted(*map, tag::Property)) {
         const RVT_Node* called = AttributeWithName(property, kName);
-        place = called == nullptr ? names.size() : PlaceOf(called->GetValue(), names, place + 1);
-        if (found.at(place) == nullptr) {
-            found.at(place) = &property;
+        // In the order of the list more often than not.
+        const size_t place =
+            called == nullptr ? properties.size() : PlaceOf(called->GetValue(), properties, guess);
+        guess = place + 1;
+        const RVT_Node* value = AttributeWithName(property, kValue);
+        if (place < properties.size() && !seen.at(place) && value != nullptr) {
+            values[properties[place]] = value->GetValue();
         }
+        seen.at(place) = true;
     }
-    for (size_t i = 0; i < names.size(); ++i) {
-        const RVT_Node* property = found.at(i);
-        const RVT_Node* value =
-            property == nullptr ? nullptr : AttributeWithName(*property, kValue);
-        if (value == nullptr) {
-            return PropertyMissing(element, names[i]);
-        }
-        values[i] = value->GetValue();
-    }
-    return {};
+    return values;
 }
 
-Outcome SystemMapMissing(ExitCode code) {
-    return {code, "Cannot find SystemMap element."};
-}
-
-Outcome PlatformMissing(std::string_view name) {
-    if (FindSystemMap() == nullptr) {
-        return SystemMapMissing(ExitCode::kLookupFailed);
-    }
-    return Failure(ExitCode::kLookupFailed, "Cannot find Platform \"%s\".",
-                   std::string(name).c_str());
-}
-
-Outcome PropertyMissing(const RVT_Node& element, std::string_view name) {
+Outcome PropertyMissing(const RVT_Node& element, Property property) {
     const RVT_Node* map = FindPropertyMap(element);
     if (map == nullptr) {
         return Failure(ExitCode::kLookupFailed, "Cannot find PropertyMap in \"%s\".",
                        element.GetName().data());
     }
-    const RVT_Node* property = FindProperty(*map, name);
-    if (property == nullptr) {
+    const std::string_view name = RowOf(property).name;
+    const RVT_Node* found = FindProperty(*map, name);
+    if (found == nullptr) {
         return Failure(ExitCode::kLookupFailed, "Cannot find Property \"name=%s\" in \"%s\".",
-                       std::string(name).c_str(), map->GetName().data());
+                       name.data(), map->GetName().data());
     }
     return Failure(ExitCode::kLookupFailed, "Cannot find attribute \"%s=\" in \"%s\".",
-                   value_tag.data(), property->GetName().data());
+                   value_tag.data(), found->GetName().data());
 }
 
 void SetAttributes(RVT_Node& node,
@@ -164,4 +150,18 @@ RVT_Node& AddElement(RVT_Node& parent, std::string_view name) {
     element->SetName(name);
     parent.AddChild(element);
     return *element;
+}
+
+void AddProperty(RVT_Node& property_map, Property property, std::string_view value,
+                 bool is_boolean) {
+    RVT_Node& element = AddElement(property_map, tag::Property);
+    const std::string_view name = RowOf(property).name;
+    if (is_boolean) {
+        SetAttributes(element, {{name_tag, name},
+                                {readonly_tag, switch_off},
+                                {type_tag, "boolean"},
+                                {value_tag, value}});
+    } else {
+        SetAttributes(element, {{name_tag, name}, {readonly_tag, switch_off}, {value_tag, value}});
+    }
 }

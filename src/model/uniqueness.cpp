@@ -1,49 +1,36 @@
 #include "model/uniqueness.h"
 
-#include "base/exit_code.h"
 #include "base/text.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-static bool HasProperty(const RVT_Node& node, std::string_view property, std::string_view wanted) {
-    return GetPropertyValue(node, property) == wanted;
-}
-
 // Calls "visit" with each name that counts as used.
 template <typename Visit>
 static void VisitNames(const RVT_Node& map, Visit visit) {
-    for (const RVT_Node& node : ElementsEvenDeleted(map, Platform, Console)) {
-        const auto name = GetPropertyValue(node, NameProp);
+    for (const RVT_Node& node : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        const auto name = GetPropertyValue(node, Property::kName);
         if (!name) {
             continue;
         }
         visit(*name);
-        if (!node.IsName(Platform)) {
+        if (!node.IsName(tag::Platform)) {
             continue;
         }
-        for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-            if (const auto console_name = GetPropertyValue(console, NameProp)) {
+        for (const RVT_Node& console : ElementsEvenDeleted(node, tag::Console)) {
+            if (const auto console_name = GetPropertyValue(console, Property::kName)) {
                 visit(*console_name);
             }
         }
     }
 }
 
-int GetCountOfConsolesWithName(std::string_view name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return Number(ExitCode::kIncompleteMap);
-    }
+int GetCountOfConsolesWithName(const RVT_Node& map, std::string_view name) {
     int count = 0;
-    VisitNames(*map, [&count, name](std::string_view used) {
+    VisitNames(map, [&count, name](std::string_view used) {
         count += EqualsIgnoringCase(used, name) ? 1 : 0;
     });
     return count;
-}
-
-bool IsDuplicateName(std::string_view name) {
-    return GetCountOfConsolesWithName(name) != 0;
 }
 
 NameIndex::NameIndex(const RVT_Node& map) {
@@ -60,42 +47,36 @@ void NameIndex::Rename(std::string_view from, std::string_view to) {
     ++counts_[ToLower(to)];
 }
 
-bool IsDuplicateAddress(const RVT_Node* node, std::string_view address) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return false;
-    }
-    for (const RVT_Node& other : ElementsEvenDeleted(*map, Platform, Console)) {
-        if (&other != node && HasProperty(other, AddrProp, address)) {
+bool IsDuplicateAddress(const RVT_Node& map, const RVT_Node* node, std::string_view address) {
+    for (const RVT_Node& other : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        if (&other != node && GetPropertyValue(other, Property::kAddress) == address) {
             return true;
         }
     }
     return false;
 }
 
-int GetCountOfConsolesWithAddress(std::string_view address, std::string_view port) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return 0;
-    }
+static int CountConsolesWithPort(const RVT_Node& platform, std::string_view port) {
     int count = 0;
-    for (const RVT_Node& node : ElementsEvenDeleted(*map, Platform, Console)) {
-        const auto own_port =
-            HasProperty(node, AddrProp, address) ? GetPropertyValue(node, PortProp) : std::nullopt;
-        if (!own_port) {
-            continue;
-        }
-        if (own_port == port) {
-            ++count;
-        } else if (node.IsName(Platform)) {
-            for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-                count += HasProperty(console, PortProp, port) ? 1 : 0;
-            }
-        }
+    for (const RVT_Node& console : ElementsEvenDeleted(platform, tag::Console)) {
+        count += GetPropertyValue(console, Property::kPort) == port ? 1 : 0;
     }
     return count;
 }
 
-bool IsDuplicatePortWithinAddress(std::string_view address, std::string_view port) {
-    return GetCountOfConsolesWithAddress(address, port) != 0;
+int GetCountOfConsolesWithAddress(const RVT_Node& map, std::string_view address,
+                                  std::string_view port) {
+    int count = 0;
+    for (const RVT_Node& node : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        if (GetPropertyValue(node, Property::kAddress) != address) {
+            continue;
+        }
+        const auto own_port = GetPropertyValue(node, Property::kPort);
+        if (own_port == port) {
+            ++count;
+        } else if (own_port && node.IsName(tag::Platform)) {
+            count += CountConsolesWithPort(node, port);
+        }
+    }
+    return count;
 }
