@@ -12,7 +12,6 @@
 
 #include "base/output.h"
 #include "model/identifiers.h"
-#include "model/inventory.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 #include "xml/rvt_xml_writer.h"
@@ -46,7 +45,7 @@ static void AddConsoles(RVT_Node& platform, int number, int count, bool old) {
         const std::string port = std::to_string(2001 + i);
         values[Property::kName] = name;
         values[Property::kPort] = port;
-        Inventory::Add(platform, Owner::kConsole, ConsoleID(std::to_string(number), port), values);
+        AddOwner(platform, Owner::kConsole, ConsoleID(std::to_string(number), port), values);
     }
 }
 
@@ -60,7 +59,7 @@ static RVT_Node& AddPlatformElement(RVT_Node& map, int number, bool old) {
     values[Property::kAddress] = address;
     values[Property::kPort] = "7001";
     values[Property::kModel] = "M100";
-    RVT_Node& platform = Inventory::Add(map, Owner::kPlatform, std::to_string(number), values);
+    RVT_Node& platform = AddOwner(map, Owner::kPlatform, std::to_string(number), values);
     if (old) {
         SetAttributes(AddElement(*FindPropertyMap(platform), tag::Property),
                       {{name_tag, "Conn"}, {readonly_tag, switch_off}, {value_tag, "TS"}});

@@ -45,10 +45,18 @@ const ActionRow& RowOf(Action action) {
     return *std::ranges::find(kActions, action, &ActionRow::action);
 }
 
-Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document) {
+static Outcome MakeChange(const Command& command, Inventory& inventory,
+                          const RVT_XML_Tree& cache_document) {
     if (command.action == Action::kUpdateCache) {
         return UpdateCache(command, inventory, cache_document);
     }
     const ActionRow& row = RowOf(command.action);
     return row.change == nullptr ? Outcome() : row.change(command, inventory);
+}
+
+Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document) {
+    inventory.BeginCommand();
+    Outcome outcome = MakeChange(command, inventory, cache_document);
+    inventory.EndCommand(outcome.ok());
+    return outcome;
 }

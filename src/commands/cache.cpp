@@ -56,35 +56,16 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
         return outcome;
     }
     if (RVT_Node* old = FindCache(**platform); old != nullptr) {
-        old->Delete();
+        inventory.Remove(**platform, *old);
     }
     (*platform)->AddChild(*cache);
     return {};
 }
 
 Outcome RemoveCache(const Command& command, Inventory& inventory) {
-    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kLookupFailed);
-    if (!map.ok()) {
-        return map.outcome();
+    const Result<RVT_Node*> platform = inventory.FindPlatformWithCache(command.name);
+    if (platform.ok()) {
+        inventory.Remove(**platform, *FindCache(**platform));
     }
-    bool platform_exists = false;
-    for (const RVT_Node& platform : LiveElements(**map, tag::Platform)) {
-        const auto name = GetPropertyValue(platform, Property::kName);
-        if (!name) {
-            return PropertyMissing(platform, Property::kName);
-        }
-        if (name != command.name) {
-            continue;
-        }
-        platform_exists = true;
-        if (RVT_Node* cache = FindCache(platform); cache != nullptr) {
-            cache->Delete();
-            return {};
-        }
-    }
-    if (!platform_exists) {
-        return {ExitCode::kLookupFailed, ""};
-    }
-    return Failure(ExitCode::kLookupFailed, "Cannot find Cache for platform \"%s\".",
-                   command.name.c_str());
+    return platform.outcome();
 }

@@ -13,7 +13,5 @@
 Outcome UpdateCache(const Command& command, Inventory& inventory,
                     const RVT_XML_Tree& cache_document);
 
-// Removes the platform's cache. kLookupFailed "Cannot find Cache for platform \"%s\"."; without a
-// message when there is no such platform; or with the message of a platform without a name before
-// it, which ends the search.
+// Removes the platform's cache. kLookupFailed as Inventory::FindPlatformWithCache.
 Outcome RemoveCache(const Command& command, Inventory& inventory);

@@ -123,7 +123,7 @@ Outcome AddConsole(const Command& command, Inventory& inventory) {
     const Result<std::string> owner_id = TakeOwnerID(*addition.parent);
     if (owner_id.ok()) {
         const std::string id = ConsoleID(*owner_id, addition.values[Property::kPort]);
-        Inventory::Add(*addition.parent, Owner::kConsole, id, addition.values);
+        inventory.Add(*addition.parent, Owner::kConsole, id, addition.values);
     }
     return owner_id.outcome();
 }
@@ -165,7 +165,8 @@ Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_
 Outcome RemoveConsole(const Command& command, Inventory& inventory) {
     const Result<Place> place = inventory.FindConsole(command.name);
     if (place.ok()) {
-        place->element->Delete();
+        inventory.Remove(place->platform == nullptr ? *inventory.FindSystemMap() : *place->platform,
+                         *place->element);
     }
     return place.outcome();
 }

@@ -83,7 +83,7 @@ Outcome AddPlatform(const Command& command, Inventory& inventory) {
     }
     Result<Serial> serial = Serial::Read(**map);
     if (serial.ok()) {
-        Inventory::Add(**map, Owner::kPlatform, serial->Take(), addition.values);
+        inventory.Add(**map, Owner::kPlatform, serial->Take(), addition.values);
     }
     return serial.outcome();
 }
@@ -100,7 +100,7 @@ Outcome UpdatePlatform(const Command& command, Inventory& inventory) {
 Outcome RemovePlatform(const Command& command, Inventory& inventory) {
     const Result<RVT_Node*> platform = FindNamed(command, inventory);
     if (platform.ok()) {
-        (*platform)->Delete();
+        inventory.Remove(*inventory.FindSystemMap(), **platform);
     }
     return platform.outcome();
 }

@@ -20,7 +20,7 @@ static Outcome Store(const Update& update, const NameValue& setting,
     }
     Outcome outcome = CheckValue(update, setting, checks);
     if (outcome.ok()) {
-        value->SetValue(setting.value);
+        update.inventory.SetValue(update.place, setting.property, *value, setting.value);
     }
     return outcome;
 }

@@ -1,6 +1,5 @@
 // What updates of platforms and consoles have in common. Each new value is checked and then stored
-// at once, so that later ones are judged against it; a command that failed must not be followed by
-// a write.
+// at once, so that later ones are judged against it.
 #pragma once
 
 #include <span>
@@ -13,7 +12,7 @@
 // A platform or console that is being changed.
 struct Update {
     const Command& command;
-    const Inventory& inventory;
+    Inventory& inventory;
     Owner owner;
     Place place;
     std::string_view port_before = {};  // of a console

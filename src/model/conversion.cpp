@@ -83,14 +83,9 @@ Outcome GroupPlatformsWithDupIPAddr(const RVT_Node& map) {
 }
 
 void MoveConsolesToPlatform(RVT_Node& from, RVT_Node& to) {
-    RVT_Node* child = FirstChild(from);
-    static_cast<void>(from.ReleaseChildren());
-    while (child != nullptr) {
-        RVT_Node_List_Elem* pos = child;
-        RVT_Node* next = RVT_Node::GetNextChild(pos);
-        (child->IsType(RVT_ELEMENT) && child->IsName(tag::Console) ? to : from).AddChild(child);
-        child = next;
-    }
+    ShareOutChildren(from, [&](const RVT_Node& child) {
+        return child.IsType(RVT_ELEMENT) && child.IsName(tag::Console) ? &to : &from;
+    });
     from.Delete();
 }
 

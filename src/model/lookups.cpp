@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "model/identifiers.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
@@ -145,6 +146,20 @@ void SetAttributes(RVT_Node& node,
     }
 }
 
+void ShareOutChildren(RVT_Node& parent,
+                      const std::function<RVT_Node*(const RVT_Node& child)>& owner_of) {
+    const RVT_Node_List children = parent.ReleaseChildren();
+    RVT_Node_List_Elem* pos = nullptr;
+    for (RVT_Node* child = children.GetFirstNode(pos); child != nullptr;) {
+        // Before the child stands in another list.
+        RVT_Node* next = RVT_Node_List::GetNextNode(pos);
+        if (RVT_Node* owner = owner_of(*child); owner != nullptr) {
+            owner->AddChild(child);
+        }
+        child = next;
+    }
+}
+
 RVT_Node& AddElement(RVT_Node& parent, std::string_view name) {
     RVT_Node* element = RVT_Node::Create(RVT_ELEMENT);
     element->SetName(name);
@@ -164,4 +179,20 @@ void AddProperty(RVT_Node& property_map, Property property, std::string_view val
     } else {
         SetAttributes(element, {{name_tag, name}, {readonly_tag, switch_off}, {value_tag, value}});
     }
+}
+
+RVT_Node& AddOwner(RVT_Node& parent, Owner owner, std::string_view id,
+                   const PropertyValues& values) {
+    const bool is_console = owner == Owner::kConsole;
+    RVT_Node& element = AddElement(parent, is_console ? tag::Console : tag::Platform);
+    SetAttributes(element, {{ID_tag, id}});
+    RVT_Node& property_map = AddElement(element, tag::PropertyMap);
+    SetAttributes(property_map, {{ID_tag, PropertyMapID(id)}});
+    for (const Property property : PropertiesOf(owner)) {
+        if (values.Has(property)) {
+            AddProperty(property_map, property, values[property],
+                        is_console && RowOf(property).is_boolean_in_consoles);
+        }
+    }
+    return element;
 }

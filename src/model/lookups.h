@@ -3,6 +3,7 @@
 // elements are not found. All comparisons are exact.
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <optional>
 #include <string_view>
@@ -11,6 +12,12 @@
 #include "base/outcome.h"
 #include "model/properties.h"
 #include "xml/rvt_node.h"
+
+// A platform or console and where it was found.
+struct Place {
+    RVT_Node* element = nullptr;
+    RVT_Node* platform = nullptr;  // that a console is inside of; null for the others
+};
 
 // The root element of a map.
 RVT_Node* FindSystemMap(const RVT_XML_Tree& tree);
@@ -55,8 +62,18 @@ Outcome PropertyMissing(const RVT_Node& element, Property property);
 void SetAttributes(RVT_Node& node,
                    std::initializer_list<std::pair<std::string_view, std::string_view>> pairs);
 
+// Hands each child of "parent" to the node that "owner_of" names for it, as its last child, or to
+// none; those that stay keep their order.
+void ShareOutChildren(RVT_Node& parent,
+                      const std::function<RVT_Node*(const RVT_Node& child)>& owner_of);
+
 // A new element "name" as the last child of "parent".
 RVT_Node& AddElement(RVT_Node& parent, std::string_view name);
+
+// A new platform or console as the last child of "parent", with the identifier "id" and a property
+// map of those of "values" that there are, in the order of PropertiesOf.
+RVT_Node& AddOwner(RVT_Node& parent, Owner owner, std::string_view id,
+                   const PropertyValues& values);
 
 // A new property as the last of "property_map".
 void AddProperty(RVT_Node& property_map, Property property, std::string_view value,
