@@ -9,10 +9,8 @@
 
 #include <cstdlib>
 #include <string>
-#include <vector>
 
 #include "base/output.h"
-#include "commands/properties.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
@@ -23,26 +21,31 @@ static std::string Address(int number) {
            std::to_string(number / 250 % 250) + "." + std::to_string(number % 250 + 1);
 }
 
+// The initial values of an owner's properties, without those that an older map lacks.
+static PropertyValues InitialValues(Owner owner, bool old) {
+    PropertyValues values;
+    for (const Property property : PropertiesOf(owner)) {
+        const PropertyRow& row = RowOf(property);
+        const bool lacks = row.converted == Converted::kPlatformsAndTheirConsoles ||
+                           (row.converted == Converted::kPlatforms && owner == Owner::kPlatform);
+        if (row.initial && !(old && lacks)) {
+            values[property] = *row.initial;
+        }
+    }
+    return values;
+}
+
 static void AddConsoles(RVT_Node& platform, int number, int count, bool old) {
+    PropertyValues values = InitialValues(Owner::kConsole, old);
+    const std::string address = Address(number);
+    values[Property::kAddress] = address;
+    values[Property::kType] = old ? "AIX" : "linux";
     for (int i = 0; i < count; ++i) {
         const std::string name = "console-" + std::to_string(number) + "-" + std::to_string(i);
         const std::string port = std::to_string(2001 + i);
-        std::vector<NewProperty> properties = {{AddrProp, Address(number)},
-                                               {NameProp, name},
-                                               {TypeProp, old ? "AIX" : "linux"},
-                                               {PortProp, port},
-                                               {DescProp, ""}};
-        for (const std::string_view name_of : {LoggingProp, EventsProp, EnableProp}) {
-            if (!old || name_of != EnableProp) {
-                properties.push_back({name_of, switch_on, "boolean"});
-            }
-        }
-        if (!old) {
-            properties.insert(properties.end(),
-                              {{EventFileProp, ""}, {MappedPortProp, "0"}, {AuthProp, switch_on}});
-        }
-        AddElementWithProperties(platform, Console, ConsoleID(std::to_string(number), port),
-                                 properties);
+        values[Property::kName] = name;
+        values[Property::kPort] = port;
+        AddOwner(platform, Owner::kConsole, ConsoleID(std::to_string(number), port), values);
     }
 }
 
@@ -51,22 +54,17 @@ static RVT_Node& AddPlatformElement(RVT_Node& map, int number, bool old) {
     const std::string name =
         (shares_name ? "LAB-" : "lab-") + std::to_string(shares_name ? number + 1 : number);
     const std::string address = Address(old && number % 3 == 0 ? number / 6 * 6 : number);
-    std::vector<NewProperty> properties = {{NameProp, name},   {AddrProp, address},
-                                           {PortProp, "7001"}, {ModelProp, "M100"},
-                                           {DescProp, ""},     {TemplateProp, ""}};
+    PropertyValues values = InitialValues(Owner::kPlatform, old);
+    values[Property::kName] = name;
+    values[Property::kAddress] = address;
+    values[Property::kPort] = "7001";
+    values[Property::kModel] = "M100";
+    RVT_Node& platform = AddOwner(map, Owner::kPlatform, std::to_string(number), values);
     if (old) {
-        properties.push_back({ConnProp, TerminalServer});
-    } else {
-        properties.insert(properties.end(), {{LoggingProp, switch_on},
-                                             {EventsProp, switch_on},
-                                             {EnableProp, switch_on},
-                                             {EventFileProp, ""},
-                                             {MappedPortProp, "0"},
-                                             {AuthProp, switch_on},
-                                             {FTSPProp, "2001"},
-                                             {LTSPProp, "2008"}});
+        SetAttributes(AddElement(*FindPropertyMap(platform), tag::Property),
+                      {{name_tag, "Conn"}, {readonly_tag, switch_off}, {value_tag, "TS"}});
     }
-    return AddElementWithProperties(map, Platform, std::to_string(number), properties);
+    return platform;
 }
 
 int main(int argc, char** argv) {
@@ -77,17 +75,17 @@ int main(int argc, char** argv) {
     const bool old = argc > 3;
     RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
     SetAttributes(*declaration, {{"version", "1.0"}, {"encoding", "UTF-8"}});
-    rvt_xml_tree.AddChild(declaration);
+    RVT_XML_Tree tree;
+    tree.AddChild(declaration);
     RVT_Node* map = RVT_Node::Create(RVT_ELEMENT);
-    map->SetName(SystemMap);
+    map->SetName(tag::SystemMap);
     SetAttributes(*map, {{serial_tag, std::to_string(platforms + 1)},
                          {security_tag, switch_off},
                          {version_tag, old ? "2.0" : systemmap_version}});
-    rvt_xml_tree.AddChild(map);
+    tree.AddChild(map);
     for (int number = 1; number <= platforms; ++number) {
         AddConsoles(AddPlatformElement(*map, number, old), number, atoi(argv[2]), old);
     }
     Output out(STDOUT_FILENO);
-    PrintTree(out, rvt_xml_tree);
-    return out.Flush() ? 0 : 1;
+    return PrintTree(out, tree).ok() && out.Flush() ? 0 : 1;
 }

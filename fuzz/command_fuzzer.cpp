@@ -1,21 +1,19 @@
 // Bytes as a run: words of the command line, a line each; the map; standard input. The three are
-// parted by lines "%%". A run that fails leaves the map file, and but for an update the tree; one
-// that succeeds leaves a map file that comes back as the tree.
-#include <fcntl.h>
-#include <unistd.h>
-
+// parted by lines "%%". A run that fails leaves the map file and the tree; one that succeeds leaves
+// a map file that comes back as the tree.
 #include <cstdint>
 #include <cstring>
 #include <vector>
 
-#include "base/error.h"
+#include "base/output.h"
 #include "base/paths.h"
-#include "base/process.h"
-#include "frontend/do_action.h"
-#include "frontend/get_args.h"
-#include "frontend/options.h"
+#include "commands/actions.h"
+#include "daemonconf/kfxconf.h"
+#include "frontend/parse_command.h"
 #include "in_process.h"
-#include "run/rvt_exit.h"
+#include "model/conversion.h"
+#include "xml/rvt_xml_parser.h"
+#include "xml/rvt_xml_writer.h"
 
 // Takes what stands before "end", with it, off the text.
 static std::string Take(std::string_view& text, std::string_view end) {
@@ -25,49 +23,58 @@ static std::string Take(std::string_view& text, std::string_view end) {
     return taken;
 }
 
-static bool ParseWords(std::string text) {
-    action = kNoAction;
-    options = Options{};
-    ClearError();
-    std::vector<char*> argv = {program.data()};
+static Result<Command> ParseWords(std::string text) {
+    std::vector<const char*> words;
     for (char* word = strtok(text.data(), "\n"); word != nullptr; word = strtok(nullptr, "\n")) {
-        argv.push_back(word);
+        words.push_back(word);
     }
-    const bool valid = !EndOf([&] { GetArgs(static_cast<int>(argv.size()), argv.data()); });
-    // Whatever the words name, only files of the folder are touched.
-    xml_file = paths::kSystemMap;
-    options.kfxd_conf_file = "kfxd.cfg";
-    return valid;
+    return ParseCommand(words);
+}
+
+// Does what the command does to an inventory, and makes what follows it.
+static Outcome Do(const Command& command, Inventory& inventory, std::string_view input) {
+    RVT_XML_Tree cache_document;
+    if (command.action == Action::kUpdateCache) {
+        const Result<bool> is_whole = ParseXMLText(input, "input", cache_document);
+        if (!is_whole.ok()) {
+            return is_whole.outcome();
+        }
+    }
+    Outcome outcome = command.action == Action::kConvertMap
+                          ? DoVersionConversion(inventory).outcome()
+                          : Execute(command, inventory, cache_document);
+    if (outcome.ok()) {
+        outcome = WriteXMLFile(paths::kSystemMap, inventory.Tree(), [] { return Outcome(); });
+    }
+    std::string lines;
+    Output out(lines);
+    static_cast<void>(WriteKfxConf(out, inventory, ""));
+    return outcome;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FreeBuffers();
     std::string_view input(reinterpret_cast<const char*>(data), size);
-    if (!ParseWords(Take(input, "\n%%\n"))) {
+    const Result<Command> command = ParseWords(Take(input, "\n%%\n"));
+    if (!command.ok()) {
         return 0;
     }
     const std::string map = Take(input, "\n%%\n");
-    PutFile(xml_file, map);
-    PutFile("stdin", input);
-    close(STDIN_FILENO);
-    if (open("stdin", O_RDONLY) != STDIN_FILENO || !CanRead(xml_file, rvt_xml_tree)) {
+    Inventory inventory;
+    PutFile(paths::kSystemMap, map);
+    if (!CanRead(paths::kSystemMap, inventory.Tree())) {
         return 0;
     }
-    const std::string before = Dump(rvt_xml_tree);
-    const auto end = EndOf(DoAction);
-    AllowTermination();
-    const bool is_update = action == kUpdatePlatform || action == kUpdateSystem;
-    if (end && GetFile(xml_file) == map) {
-        Require(*end != ExitCode::kOk, "an action that ends a run has failed");
-        Require(is_update || action == kConvertMap || Dump(rvt_xml_tree) == before,
+    const std::string before = Dump(inventory.Tree());
+    const Outcome outcome = Do(*command, inventory, input);
+    if (!outcome.ok()) {
+        Require(GetFile(paths::kSystemMap) == map, "a failed command leaves the map");
+        Require(command->action == Action::kConvertMap || Dump(inventory.Tree()) == before,
                 "a failed command changes nothing");
         return 0;
     }
-    // The map may also lack what kfx.conf needs, which shows when it is written already.
-    Require(!end || (*end == ExitCode::kIncompleteMap &&
-                     (action <= kRemoveSystem || action == kConvertMap)),
-            "a failed run leaves the map");
     RVT_XML_Tree read;
-    Require(CanRead(xml_file, read), "the map stays readable");
-    Require(Dump(read) == Dump(rvt_xml_tree), "the map comes back");
+    Require(CanRead(paths::kSystemMap, read), "the map stays readable");
+    Require(Dump(read) == Dump(inventory.Tree()), "the map comes back");
     return 0;
 }

@@ -11,20 +11,11 @@
 #include "base/arena.h"
 #include "base/output.h"
 #include "base/paths.h"
-#include "base/process.h"
-#include "run/map_lock.h"
-#include "run/rvt_exit.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
 
-// In the place of the way out of the process.
-std::string program = "tqsmgr";
-void RVTExit(ExitCode code) {
-    throw code;
-}
-
 // In the place of the arena: every piece of memory by itself, so that a step beyond it is seen.
-// Buffers of outputs, the one large kind, are freed when the next step begins.
+// Buffers of outputs, the one large kind, are freed for the next input.
 static std::vector<void*> buffers;
 void* arena::Allocate(size_t size) {
     void* memory = calloc(1, size);
@@ -57,28 +48,19 @@ static bool Install() {
     PutFile(paths::kModels, "Server|M100\n");
     PutFile(paths::kOsTypes, "Unknown|\nlinux|\n");
     PutFile(std::string(paths::kEventsDir) + "/basic", "");
-    // One run without an end: what it changes is changed under its lock.
-    const bool is_changing = Lock() == ExitCode::kOk && BeginChange() == ExitCode::kOk;
-    AllowTermination();
     // A document that is refused leaves the library set up, for all that follow.
-    return is_changing && EndOf([] { static_cast<void>(CheckXMLText("<", "none")); }).has_value();
+    return !CheckXMLText("<", "none").ok();
 }
 
-std::optional<ExitCode> EndOf(const std::function<void()>& step) {
+void FreeBuffers() {
     std::for_each(buffers.begin(), buffers.end(), free);
     buffers.clear();
-    try {
-        step();
-    } catch (ExitCode code) {
-        return code;
-    }
-    return std::nullopt;
 }
 
 bool CanRead(const char* path, RVT_XML_Tree& tree) {
     tree = RVT_XML_Tree();
-    int result = 0;
-    return !EndOf([&] { result = ParseXMLFile(path, &tree); }) && result == 0;
+    const Result<bool> is_whole = ParseXMLFile(path, tree);
+    return is_whole.ok() && *is_whole;
 }
 
 void Require(bool kept, const char* promise) {
@@ -96,8 +78,12 @@ static void Dump(const RVT_Node* node, std::string& text) {
         text += node->IsType(type) ? 'x' : '-';
     }
     // Attribute values as they are written, cut where they are too long.
-    std::string value(node->IsType(RVT_ATTRIBUTE) ? DoEntityReferenceReplacement(node->GetValue())
-                                                  : node->GetValue());
+    static std::string nowhere;
+    static Output out(nowhere);
+    static XmlPrinter printer(out, false);
+    std::string value(node->IsType(RVT_ATTRIBUTE)
+                          ? printer.DoEntityReferenceReplacement(node->GetValue())
+                          : node->GetValue());
     std::replace_if(
         value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
         ' ');

@@ -2,20 +2,16 @@
 // below the working directory.
 #pragma once
 
-#include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
 #include "xml/rvt_node.h"
 
 void PutFile(const std::string& path, std::string_view content);
 std::string GetFile(const std::string& path);
 
-// Runs a step; the code with which it ended the run, or none when it returned. The text of outputs
-// that an earlier step left is gone then.
-std::optional<ExitCode> EndOf(const std::function<void()>& step);
+// Frees the buffers of outputs, which the program never does.
+void FreeBuffers();
 // Reads "path" as a map; false when it is refused.
 bool CanRead(const char* path, RVT_XML_Tree& tree);
 

@@ -43,7 +43,7 @@ void CheckCache(const std::string& document, int code, const std::string& result
     tree.Write(kMap, map(old));
     tree.Write("document", document);
     // A run that opens the fifo hangs.
-    const Result r = tree.Shell("mkfifo fifo; timeout -s KILL 60 tqsmgr -update cache -platform " + platform + " < document");
+    const RunResult r = tree.Shell("mkfifo fifo; timeout -s KILL 60 tqsmgr -update cache -platform " + platform + " < document");
     EXPECT_EQ(r.code, code);
     EXPECT_TRUE(code == 0 ? r.err.empty() : r.err.find(result) != std::string::npos) << r.err;
     EXPECT_TRUE(result == "*" || tree.Read(kMap) == map(code == 0 ? result : old)) << tree.Read(kMap);

@@ -30,7 +30,7 @@ TEST(Config, SetsAndGets) {
         if (row.before != none) {
             tree.Write("d", row.before);
         }
-        const Result r = tree.Run({"-config", row.name, row.option, row.argument});
+        const RunResult r = tree.Run({"-config", row.name, row.option, row.argument});
         EXPECT_EQ(r.code, row.code);
         EXPECT_EQ(r.code == 0 ? r.out : r.err, row.printed);
         EXPECT_EQ(tree.Read("d"), row.after.empty() ? row.before : row.after);

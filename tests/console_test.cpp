@@ -12,7 +12,7 @@ TEST(AddConsole, InAPlatformAndStandalone) {
     for (const char* words : {"-name db1 -platform p1 -port 2005",
                               "-name Db.2 -addr 10.0.0.5 -port 02 -type LINUX -logging 0 -enable 0 "
                               "-auth 0 -evfile basic -mport 5 -comment 'a  b'"}) {
-        const Result r = tree.Shell(std::string("tqsmgr -add system ") + words);
+        const RunResult r = tree.Shell(std::string("tqsmgr -add system ") + words);
         EXPECT_EQ(r.code, 21);
         EXPECT_EQ(r.err, "tqsmgr: Cannot find Property \"name=Model\" in \"PropertyMap\".\n");
     }

@@ -25,9 +25,9 @@ static std::string ReadFrom(int fd) {
     return text;
 }
 
-Result Running::Wait() const {
+RunResult Running::Wait() const {
     // Standard output ends up in a pipe that holds little, so it is read first; errors are short.
-    Result result = {-1, 0, ReadFrom(out), ReadFrom(err)};
+    RunResult result = {-1, 0, ReadFrom(out), ReadFrom(err)};
     int status = 0;
     waitpid(pid, &status, 0);
     result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -100,7 +100,7 @@ Running Tree::Start(const std::vector<std::string>& words, const std::string& in
     return {pid, out[0], err[0]};
 }
 
-Result Tree::Shell(const std::string& command) const {
+RunResult Tree::Shell(const std::string& command) const {
     return Start({"-c", "PATH=path:$PATH\n" + command}, "", "/bin/sh").Wait();
 }
 
@@ -147,7 +147,7 @@ void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<
     auto before = tree.Files();
     for (const auto& [words, code, text] : rows) {
         SCOPED_TRACE(words);
-        const Result r = tree.Shell(command + " " + words);
+        const RunResult r = tree.Shell(command + " " + words);
         const bool is_whole = code == 90 || text.find("tqsmgr: ") != std::string::npos;
         EXPECT_EQ(r.code, code) << r.err;
         EXPECT_EQ(r.out, code == 0 ? text : "");

@@ -1,7 +1,7 @@
 // A private tree for one test, and runs of the program in it.
 //
 //     Tree tree;
-//     Result r = tree.Run({"-security", "true"});
+//     RunResult r = tree.Run({"-security", "true"});
 //     EXPECT_EQ(r.code, 0);
 //     EXPECT_EQ(tree.Read(kMap), ...);
 #pragma once
@@ -29,7 +29,7 @@ inline const std::string kCalls = "calls";
 extern const std::string kKfxConfHeader;
 
 // How a run ended and what it printed. "signal" is 0 unless a signal ended it.
-struct Result {
+struct RunResult {
     int code = -1;
     int signal = 0;
     std::string out;
@@ -41,7 +41,7 @@ struct Running {
     int pid = -1;
     int out = -1;
     int err = -1;
-    Result Wait() const;
+    RunResult Wait() const;
 };
 
 // A map as the program writes it: declaration, root element with "attributes", "inside" between its
@@ -62,8 +62,8 @@ class Tree {
     Tree& operator=(const Tree&) = delete;
 
     // Runs the program, invoked as "tqsmgr", with these words in this folder.
-    [[nodiscard]] Result Run(const std::vector<std::string>& words,
-                             const std::string& input = "") const {
+    [[nodiscard]] RunResult Run(const std::vector<std::string>& words,
+                                const std::string& input = "") const {
         return Start(words, input).Wait();
     }
     // Starts it and returns at once. "binary" is another program of the tests.
@@ -71,7 +71,7 @@ class Tree {
                                 const std::string& input = "",
                                 const std::string& binary = TQSMGR_TEST) const;
     // Runs a shell command in the folder, with the program as "tqsmgr" in the search path.
-    [[nodiscard]] Result Shell(const std::string& command) const;
+    [[nodiscard]] RunResult Shell(const std::string& command) const;
 
     // The content of a file; "(none)" when there is no such file.
     [[nodiscard]] std::string Read(const std::string& path) const;

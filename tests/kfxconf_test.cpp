@@ -58,7 +58,7 @@ TEST(KfxConf, IncompleteMaps) {
         tree.WriteMap(kMixed + inside + kMixed);
         EXPECT_EQ(tree.Run({"-write", "kfxconf"}).code, 21);
         EXPECT_EQ(tree.Read(kKfxConf), kKfxConfHeader + kAll);
-        const Result r = tree.Run({"-view", "kfxconf"});
+        const RunResult r = tree.Run({"-view", "kfxconf"});
         EXPECT_EQ(r.out, kAll);
         EXPECT_EQ(r.err, "tqsmgr: " + message + "\n");
     }

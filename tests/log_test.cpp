@@ -22,8 +22,8 @@ static std::string Log(const Tree& tree) {
 
 TEST(Log, Entries) {
     const Tree tree;
-    const Result r = tree.Shell("chgrp " + OtherGroup() +
-                                R"sh( usr/opt/tqs; umask 077; yes '<a>' | head -301 >301
+    const RunResult r = tree.Shell("chgrp " + OtherGroup() +
+                                   R"sh( usr/opt/tqs; umask 077; yes '<a>' | head -301 >301
         tqsmgr -security true; tqsmgr; tqsmgr -f 301 -view security
         tqsmgr -add platform -name p_1 -model M -addr 1 -port 1 2>/dev/null
         mkdir "a b"; ln -s "$(readlink path/tqsmgr)" "a b/t=q"; ./a\ b/t=q -write kfxconf
@@ -70,7 +70,7 @@ TEST(Log, Rotation) {
     EXPECT_EQ(tree.Read(kOldLog), "older");
     // Of runs that overlap one rotates, and they stand in the order of their effect.
     tree.Write(kLog, full + "#");
-    const Result r = tree.Shell(R"sh(
+    const RunResult r = tree.Shell(R"sh(
         for n in $(seq 10 29); do tqsmgr -add system -name c$n -addr 10.0.0.$n -port 1 & done; wait
         sed -n 's/.*"Name".* value="\(c..\)".*/\1/p' usr/opt/tqs/config/SystemMap.xml >&2
         sed -n 's/.* -name "\(c..\)".*/\1/p' usr/opt/tqs/logs/tqsmgr.log)sh");

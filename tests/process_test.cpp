@@ -11,7 +11,7 @@ static const std::string kHeld =
 TEST(Lock, IsWaitedFor) {
     const Tree tree;
     // A new file under the lock's name is the lock from then on.
-    const Result r = tree.Shell("G=" + OtherGroup() + "\n" + kHeld + R"sh(
+    const RunResult r = tree.Shell("G=" + OtherGroup() + "\n" + kHeld + R"sh(
         tqsmgr -security true 8<&- & tqsmgr -security true 8<&- & kill -0 $!
         sleep 0.15; kill $!; wait $!; echo $? $(cat $L) $(grep -c true $M)
         rm $L; exec 9>$L; flock 9; exec 8<&-; sleep 0.15; echo $(grep -c true $M)
@@ -32,7 +32,7 @@ TEST(Lock, IsLookedAtAgain) {
     const Tree tree;
     tree.Write("c", "a=1\n");
     tree.Write("n", "new lock");
-    const Result r = tree.Shell(kHeld + R"sh(exec 8<&-
+    const RunResult r = tree.Shell(kHeld + R"sh(exec 8<&-
         for words in "-security true" "-write kfxconf" "-config c -set a=2" "-config d -set a=2"; do
             rm -f in; mkfifo in; exec 3<>in; : >$L; tqsmgr -f in $words 3<&- &
             until [ -s $L ]; do sleep 0.01; done
@@ -104,7 +104,7 @@ TEST(Notification, FailuresOfOverlappingRuns) {
         wait_for() { until [ "$(grep -c "$1" $L)" = $2 ]; do sleep 0.01; done; }
         if mkdir first; then wait_for 'EXIT CODE' 2; exit 1; fi
         wait_for 'ERROR MESSAGE' 1; head -c 1048576 /dev/zero >>$L; tqsmgr -h; exit 2)sh");
-    const Result r = tree.Shell("export L=" + kLog + "; " + kAdd + R"sh( &
+    const RunResult r = tree.Shell("export L=" + kLog + "; " + kAdd + R"sh( &
         until [ -d first ]; do sleep 0.01; done; tqsmgr -remove system -name c; wait
         grep -Eao '^tqsmgr -[a-z]+|exited with ..' $L.old)sh");
     EXPECT_EQ(r.out, "tqsmgr -add\nexited with 1.\ntqsmgr -remove\nexited with 2.\n") << r.err;
@@ -114,7 +114,7 @@ TEST(Notification, FailuresOfOverlappingRuns) {
 TEST(Notification, HangsAndHoldsNobodyUp) {
     const Tree tree;
     tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\nmkfifo go\nread line <go");
-    const Result r = tree.Shell("setsid env --default-signal " + kAdd + R"sh( &
+    const RunResult r = tree.Shell("setsid env --default-signal " + kAdd + R"sh( &
         until [ -p go ]; do sleep 0.02; done
         grep -c 'EXIT CODE: 0' usr/opt/tqs/logs/tqsmgr.log; tqsmgr -security true; echo $?
         cat calls; kill -INT -$!; wait $!; echo $?; cat calls)sh");
@@ -131,7 +131,7 @@ TEST(Streams, LostOutput) {
         ExpectRuns(tree, to + " tqsmgr", {{"-h", 41, lost}, {"-V", 41, lost}});
     }
     // The reader of the pipe is gone before the run may print.
-    const Result r =
+    const RunResult r =
         tree.Shell(kHeld + R"sh((exec 8<&-; { tqsmgr -view kfxconf; echo $? >&2; } | :) &
         sleep 0.1; exec 8<&-; wait)sh");
     EXPECT_EQ(r.err, "tqsmgr: " + kfx + "\n41\n");
@@ -144,7 +144,7 @@ TEST(Streams, LostOutput) {
 // can that waits for a file.
 TEST(Streams, HoldNobodyUp) {
     const Tree tree;
-    const Result r = tree.Shell(kAdd + R"sh(
+    const RunResult r = tree.Shell(kAdd + R"sh(
         echo a=1 >c; mkfifo p in; exec 5<>p 6<>in; head -c 65536 /dev/zero >&5
         for words in "-view security" "-view kfxconf" "-config c -get a" "-remove system -name d"; do
             tqsmgr $words >&5 2>&1 & sleep 0.1; tqsmgr -security true; echo $?; kill $!; wait $!; echo $?

@@ -26,7 +26,7 @@ TEST(Replay, RepeatsAMixedSession) {
     const Tree first;
     std::string codes;
     for (const auto& step : session) {
-        const Result r = first.Run(Words(step.command), step.input);
+        const RunResult r = first.Run(Words(step.command), step.input);
         EXPECT_EQ(r.code, step.code) << step.command << "\n" << r.err;
         codes += std::to_string(step.code) + " " + std::to_string(step.code) + "\n";
     }

@@ -84,7 +84,7 @@ inline void Check(const MapRun& run, const std::string& attributes = kAttributes
     SCOPED_TRACE(run.command + "\n" + run.before);
     const Tree tree;
     tree.WriteMap(run.before, attributes);
-    const Result r = tree.Run(Words(run.command));
+    const RunResult r = tree.Run(Words(run.command));
     const bool done = run.code == 0;
     const bool cache = run.command.find(" cache") != std::string::npos;
     EXPECT_EQ(r.code, run.code);

@@ -130,7 +130,7 @@ static std::string SchemaWith(const std::string& declarations) {
 
 static void ExpectRefused(const Tree& tree, const std::string& map) {
     const std::string before = tree.Read(map);
-    const Result r = tree.Run({"-f", map, "-security", "true"});
+    const RunResult r = tree.Run({"-f", map, "-security", "true"});
     EXPECT_EQ(r.code, 20) << before;
     EXPECT_TRUE(std::regex_match(
         r.err, std::regex("tqsmgr: [Ee]rror at file [^\n]*, line [0-9]+, char [0-9]+\\.\n   .+\n")))
@@ -207,7 +207,7 @@ TEST(Xml, LocalGrammarsAndNames) {
 // Of runs with less and less memory, the first that fails.
 TEST(Xml, MemoryRunsOut) {
     const Tree tree;
-    const Result r = tree.Shell(
+    const RunResult r = tree.Shell(
         "v=120000; while (ulimit -v $v; exec tqsmgr -view security >out); do "
         "v=$((v - 2000)); done");
     EXPECT_EQ(r.err, "tqsmgr: Error at file " + kMap + ", line 0, char 0.\n   out of memory\n");

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <utility>
 
 namespace arena {
 
@@ -15,15 +16,22 @@ namespace arena {
 static constexpr size_t kHugePage = size_t{2} << 20;
 static constexpr size_t kLargestBlock = size_t{16} << 20;
 
-// Objects grow from the front of the free memory, at pointer alignment; text grows from its back,
-// without alignment.
-static std::byte* front = nullptr;
-static std::byte* back = nullptr;
-static size_t next_block = kHugePage;
+// The free memory of the present block. Objects grow from its front, at pointer alignment; text
+// grows from its back, without alignment.
+static struct {
+    std::byte* front = nullptr;
+    std::byte* back = nullptr;
+    size_t next_block = kHugePage;
+} memory;
+
+static size_t Left() {
+    return static_cast<size_t>(memory.back - memory.front);
+}
 
 static void NewBlock(size_t needed) {
-    const size_t size = std::max(next_block, (needed + kHugePage - 1) / kHugePage * kHugePage);
-    next_block = std::min(next_block * 2, kLargestBlock);
+    const size_t size =
+        std::max(memory.next_block, (needed + kHugePage - 1) / kHugePage * kHugePage);
+    memory.next_block = std::min(memory.next_block * 2, kLargestBlock);
     // One page more, so that a 2 MB boundary lies within; the rest is never touched.
     void* mapping = mmap(nullptr, size + kHugePage, PROT_READ | PROT_WRITE,
                          MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
@@ -31,28 +39,27 @@ static void NewBlock(size_t needed) {
         throw std::bad_alloc();
     }
     const auto misaligned = reinterpret_cast<uintptr_t>(mapping) % kHugePage;
-    front = static_cast<std::byte*>(mapping) + (misaligned == 0 ? 0 : kHugePage - misaligned);
-    back = front + size;
-    static_cast<void>(madvise(front, size, MADV_HUGEPAGE));
+    memory.front =
+        static_cast<std::byte*>(mapping) + (misaligned == 0 ? 0 : kHugePage - misaligned);
+    memory.back = memory.front + size;
+    static_cast<void>(madvise(memory.front, size, MADV_HUGEPAGE));
 }
 
 void* Allocate(size_t size) {
     size = (size + alignof(void*) - 1) / alignof(void*) * alignof(void*);
-    if (static_cast<size_t>(back - front) < size) {
+    if (Left() < size) {
         NewBlock(size);
     }
-    void* memory = front;
-    front += size;
-    return memory;
+    return std::exchange(memory.front, memory.front + size);
 }
 
 char* AllocateText(size_t size) {
-    if (static_cast<size_t>(back - front) < size + 1) {
+    if (Left() < size + 1) {
         NewBlock(size + 1);
     }
-    back -= size + 1;
-    back[size] = std::byte{0};
-    return reinterpret_cast<char*>(back);
+    memory.back -= size + 1;
+    memory.back[size] = std::byte{0};
+    return reinterpret_cast<char*>(memory.back);
 }
 
 const char* Copy(std::string_view text) {

@@ -30,10 +30,3 @@ enum class [[nodiscard]] ExitCode : int{
 constexpr int Number(ExitCode code) {
     return static_cast<int>(code);
 }
-
-// For a chain of checks joined by &&: keeps the result of one check in "code" and says whether it
-// passed, so that the chain stops at the first failure with its code at hand.
-[[nodiscard]] inline bool Passed(ExitCode result, ExitCode& code) {
-    code = result;
-    return result == ExitCode::kOk;
-}

@@ -11,7 +11,6 @@
 #include <optional>
 
 #include "base/calls.h"
-#include "base/error.h"
 #include "base/paths.h"
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
@@ -27,7 +26,7 @@ bool FileDescriptor::Close() {
     return fd < 0 || calls::Close(fd) == 0;
 }
 
-static Place PlaceIn(int folder, const std::string& path) {
+static DirectoryEntry EntryIn(int folder, const std::string& path) {
     const size_t slash = path.rfind('/');
     const bool is_plain = slash == std::string::npos;
     const std::string parent = is_plain ? "." : path.substr(0, slash + 1);
@@ -35,13 +34,13 @@ static Place PlaceIn(int folder, const std::string& path) {
             is_plain ? path : path.substr(slash + 1)};
 }
 
-Place PlaceOf(const std::string& path) {
-    return PlaceIn(calls::kHere, path);
+DirectoryEntry EntryOf(const std::string& path) {
+    return EntryIn(calls::kHere, path);
 }
 
-static FileDescriptor OpenPlace(const Place& place, int flags) {
+static FileDescriptor OpenEntry(const DirectoryEntry& entry, int flags) {
     return FileDescriptor(
-        calls::Open(place.folder.get(), place.name.c_str(), flags | O_NOFOLLOW | O_NONBLOCK));
+        calls::Open(entry.folder.get(), entry.name.c_str(), flags | O_NOFOLLOW | O_NONBLOCK));
 }
 
 // A pipe was opened without waiting for a writer, but one that is still at work must be waited for.
@@ -58,9 +57,9 @@ FileDescriptor OpenForReading(const char* path) {
 }
 
 // Goes from a symbolic link to where it leads; the link that is looked at is the one that is read.
-// A place that is no link any more stays.
-static bool FollowLink(Place& place) {
-    const FileDescriptor link = OpenPlace(place, O_PATH);
+// An entry that is no link any more stays.
+static bool FollowLink(DirectoryEntry& entry) {
+    const FileDescriptor link = OpenEntry(entry, O_PATH);
     struct stat status {};
     if (!link.IsOpen() || calls::Fstat(link.get(), &status) != 0) {
         return false;
@@ -76,15 +75,15 @@ static bool FollowLink(Place& place) {
         errno = ELOOP;
         return false;
     }
-    place = PlaceIn(place.folder.get(), std::string(target.data(), static_cast<size_t>(length)));
-    return place.folder.IsOpen();
+    entry = EntryIn(entry.folder.get(), std::string(target.data(), static_cast<size_t>(length)));
+    return entry.folder.IsOpen();
 }
 
 // Creates the file exclusively. In a folder that hands down the product's group it has its final
 // mode from the first moment, so that a run that is killed here locks nobody out; elsewhere it is
 // for its owner alone until it has its group, so that nobody reads what he may not.
 static FileDescriptor Create(int folder, const std::string& name, int flags, mode_t mode,
-                             ExitCode& given) {
+                             Outcome& given) {
     struct stat product {};
     struct stat parent {};
     const bool has_product = calls::Stat(paths::kProductDir, &product) == 0;
@@ -98,7 +97,7 @@ static FileDescriptor Create(int folder, const std::string& name, int flags, mod
     const bool is_given =
         !file.IsOpen() || !has_product ||
         (calls::Fchown(file.get(), product.st_gid) == 0 && calls::Fchmod(file.get(), mode) == 0);
-    given = is_given ? ExitCode::kOk : FailWithErrno(ExitCode::kWriteFailed);
+    given = is_given ? Outcome() : SystemFailure(ExitCode::kWriteFailed);
     return file;
 }
 
@@ -107,20 +106,20 @@ static OpenedFile OpenTrusted(const std::string& path, int flags, std::optional<
     // As many links as the system would follow, and names that change meanwhile.
     static constexpr int kMostSteps = 40;
     OpenedFile file;
-    file.place = PlaceOf(path);
+    file.entry = EntryOf(path);
     bool is_behind_link = false;
-    for (int step = 0; step < kMostSteps && file.place.folder.IsOpen(); ++step) {
-        file.fd = OpenPlace(file.place, flags);
+    for (int step = 0; step < kMostSteps && file.entry.folder.IsOpen(); ++step) {
+        file.fd = OpenEntry(file.entry, flags);
         if (file.fd.IsOpen()) {
             return file;
         }
         if (errno == ELOOP) {
             is_behind_link = true;
-            if (!FollowLink(file.place)) {
+            if (!FollowLink(file.entry)) {
                 return file;
             }
         } else if (errno == ENOENT && mode.has_value() && !is_behind_link) {
-            file.fd = Create(file.place.folder.get(), file.place.name, flags, *mode, file.given);
+            file.fd = Create(file.entry.folder.get(), file.entry.name, flags, *mode, file.given);
             file.created = file.fd.IsOpen();
             if (file.created || errno != EEXIST) {
                 return file;

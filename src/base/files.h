@@ -12,7 +12,7 @@
 #include <string_view>
 #include <utility>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
 
 // Owns one descriptor, or none (-1).
 class FileDescriptor {
@@ -36,23 +36,23 @@ class FileDescriptor {
 };
 
 // A name in a folder that is held open, so that whatever the folder's path comes to mean, all that
-// is done with the name is done in one place.
-struct Place {
+// is done with the name is done in one folder.
+struct DirectoryEntry {
     FileDescriptor folder;
     std::string name;
 };
 
-// The place of "path"; a link of that name is not followed. The folder is not open, with errno,
+// The entry of "path"; a link of that name is not followed. The folder is not open, with errno,
 // when there is no such folder.
-Place PlaceOf(const std::string& path);
+DirectoryEntry EntryOf(const std::string& path);
 
 // An open file of the product.
 struct OpenedFile {
     FileDescriptor fd;
-    Place place;                     // where it lies, behind the links that led there
-    bool created = false;            // by this call
-    ExitCode given = ExitCode::kOk;  // kWriteFailed with the system's text when what was created
-                                     // could not be given its group or mode
+    DirectoryEntry entry;  // where it lies, behind the links that led there
+    bool created = false;  // by this call
+    Outcome given;         // kWriteFailed with the system's text when what was created could not be
+                           // given its group or mode
 };
 
 // Opens "path" for reading. A FIFO without a writer reads as empty instead of blocking the run.
@@ -71,21 +71,21 @@ OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode);
 // A new file that is written beside another one and then takes its name. The other one is there,
 // whole, until that moment.
 //
-//     Replacement next(place, ".tmp");
+//     Replacement next(entry, ".tmp");
 //     if (!next.Create(0660) || !WriteAll(next.fd(), text) || !next.Sync() || !next.TakeOver()) {
 //         ... the old file stands; the new one is left beside it unless it is discarded ...
 //     }
 class Replacement {
   public:
     // A new file for "target", which must stay; its name is the target's and "suffix".
-    Replacement(const Place& target, std::string_view suffix)
+    Replacement(const DirectoryEntry& target, std::string_view suffix)
         : target_(target), name_(target.name + std::string(suffix)) {}
 
     // Creates the file with the product's group and "mode", which given() tells of; what bears its
     // name, a leftover or a planted link, goes first. This and the others are false, with errno, on
     // failure.
     [[nodiscard]] bool Create(mode_t mode);
-    [[nodiscard]] ExitCode given() const { return given_; }
+    const Outcome& given() const { return given_; }
     [[nodiscard]] int fd() const { return fd_.get(); }
 
     // Brings what was written to the disk and closes the file.
@@ -95,10 +95,10 @@ class Replacement {
     void Discard();
 
   private:
-    const Place& target_;
+    const DirectoryEntry& target_;
     std::string name_;
     FileDescriptor fd_;
-    ExitCode given_ = ExitCode::kOk;
+    Outcome given_;
 };
 
 // Whether "path" names the file that is open as "fd".

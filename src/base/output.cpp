@@ -1,10 +1,7 @@
 #include "base/output.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 
-#include "base/error.h"
 #include "base/files.h"
 
 void Output::PutSpaces(size_t count) {
@@ -37,14 +34,6 @@ void Output::PutLong(std::string_view text) {
     Put(text);
 }
 
-ExitCode LostOutput(const char* name) {
-    return Fail(ExitCode::kWriteFailed, "Write failed for \"%s\".", name);
-}
-
-ExitCode Print(std::string_view text) {
-    return WriteAll(STDOUT_FILENO, text) ? ExitCode::kOk : LostOutput("standard output");
-}
-
-ExitCode PrintLine(std::string_view text) {
-    return Print(std::string(text) + '\n');
+Outcome LostOutput(const char* name) {
+    return Failure(ExitCode::kWriteFailed, "Write failed for \"%s\".", name);
 }

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "base/arena.h"
-#include "base/exit_code.h"
+#include "base/outcome.h"
 
 class Output {
   public:
@@ -51,9 +51,4 @@ class Output {
 };
 
 // kWriteFailed "Write failed for \"%s\"." with "name", the file or "standard output".
-ExitCode LostOutput(const char* name);
-
-// Prints "text" on standard output; kWriteFailed, naming it, when the output is lost. PrintLine
-// adds a line end.
-ExitCode Print(std::string_view text);
-ExitCode PrintLine(std::string_view text);
+Outcome LostOutput(const char* name);

@@ -16,10 +16,13 @@ struct Disposition {
     void (*ours)(int);
     struct sigaction given;
 };
-static std::array<Disposition, 3> dispositions = {
-    {{SIGPIPE, SIG_IGN, {}}, {SIGXFSZ, SIG_IGN, {}}, {SIGCHLD, SIG_DFL, {}}}};
 
-static sigset_t given_mask;
+// What the caller has set.
+static struct {
+    std::array<Disposition, 3> dispositions = {
+        {{SIGPIPE, SIG_IGN, {}}, {SIGXFSZ, SIG_IGN, {}}, {SIGCHLD, SIG_DFL, {}}}};
+    sigset_t mask = {};
+} given;
 
 static struct sigaction Plain(void (*handler)(int)) {
     struct sigaction action {};
@@ -39,11 +42,11 @@ static void OpenStandardDescriptors() {
 
 void PrepareProcess() {
     OpenStandardDescriptors();
-    for (Disposition& d : dispositions) {
+    for (Disposition& d : given.dispositions) {
         const struct sigaction ours = Plain(d.ours);
         sigaction(d.signal, &ours, &d.given);
     }
-    sigprocmask(SIG_BLOCK, nullptr, &given_mask);
+    sigprocmask(SIG_BLOCK, nullptr, &given.mask);
 }
 
 // Blocks the termination signals and returns the mask that was in force.
@@ -63,14 +66,14 @@ void HoldTermination() {
 }
 
 void AllowTermination() {
-    sigprocmask(SIG_SETMASK, &given_mask, nullptr);
+    sigprocmask(SIG_SETMASK, &given.mask, nullptr);
 }
 
 [[noreturn]] static void BecomeShell(const char* command) {
-    for (const Disposition& d : dispositions) {
+    for (const Disposition& d : given.dispositions) {
         sigaction(d.signal, &d.given, nullptr);
     }
-    sigprocmask(SIG_SETMASK, &given_mask, nullptr);
+    sigprocmask(SIG_SETMASK, &given.mask, nullptr);
     const int null_input = open("/dev/null", O_RDONLY);
     if (null_input > STDIN_FILENO) {
         dup2(null_input, STDIN_FILENO);

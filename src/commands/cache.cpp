@@ -1,6 +1,5 @@
 #include "commands/cache.h"
 
-#include "base/error.h"
 #include "base/output.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
@@ -8,79 +7,66 @@
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
-static ExitCode CacheNotFound() {
-    return Fail(ExitCode::kIncompleteMap, "Cache not found in XML data.");
+static Outcome CacheNotFound() {
+    return {ExitCode::kIncompleteMap, "Cache not found in XML data."};
 }
 
-static ExitCode FindCacheElement(const RVT_XML_Tree& document, RVT_Node*& cache) {
-    RVT_Node_List_Elem* pos = nullptr;
-    const RVT_Node* declaration = document.GetFirstChild(pos);
-    if (declaration == nullptr) {
+static Result<RVT_Node*> FindCacheElement(const RVT_XML_Tree& document) {
+    const ChildWalk nodes = Children(document);
+    auto node = nodes.begin();
+    if (node == nodes.end()) {
         return CacheNotFound();
     }
-    if (!declaration->IsType(RVT_XML_DECL)) {
-        return Fail(ExitCode::kIncompleteMap, "First line must contain a <?xml ...> declaration.");
+    if (!(*node).IsType(RVT_XML_DECL)) {
+        return Outcome(ExitCode::kIncompleteMap,
+                       "First line must contain a <?xml ...> declaration.");
     }
-    cache = RVT_XML_Tree::GetNextChild(pos);
-    const bool found = cache != nullptr && cache->IsType(RVT_ELEMENT) && cache->IsName(Cache);
-    return found ? ExitCode::kOk : CacheNotFound();
+    ++node;
+    if (node == nodes.end() || !(*node).IsType(RVT_ELEMENT) || !(*node).IsName(tag::Cache)) {
+        return CacheNotFound();
+    }
+    return &*node;
 }
 
-// Reads the cache back as it would stand in the map, which ends the run where that is impossible: a
+// Reads the cache back as it would stand in the map, which fails where that is impossible: a
 // local name twice in one element, names and characters that XML 1.0 forbids, too deep a
 // nesting.
-static ExitCode CheckIsReadable(const RVT_Node& cache) {
+static Outcome CheckIsReadable(const RVT_Node& cache) {
     static constexpr size_t kDepthInMap = 8;
     std::string text;
     Output out(text);
     out.Put("<SystemMap><Platform>\n");
-    XmlPrinter(out, false).PrintNodes(cache, kDepthInMap);
+    XmlPrinter printer(out, false);
+    printer.PrintNodes(cache, kDepthInMap);
     out.Put("</Platform></SystemMap>\n");
-    const bool is_readable = out.Flush() && CheckXMLText(text, "new cache") == 0;
-    return is_readable ? ExitCode::kOk : ExitCode::kNotWellFormed;
+    static_cast<void>(out.Flush());
+    return printer.outcome().ok() ? CheckXMLText(text, "new cache") : printer.outcome();
 }
 
-ExitCode UpdateCache(const std::string& platform_name, RVT_XML_Tree* cache_document) {
-    RVT_Node* cache = nullptr;
-    if (const ExitCode code = FindCacheElement(*cache_document, cache); code != ExitCode::kOk) {
-        return code;
+Outcome UpdateCache(const Command& command, Inventory& inventory,
+                    const RVT_XML_Tree& cache_document) {
+    const Result<RVT_Node*> cache = FindCacheElement(cache_document);
+    if (!cache.ok()) {
+        return cache.outcome();
     }
-    RVT_Node* platform = FindPlatform(NameProp, platform_name);
-    if (platform == nullptr) {
-        return ExitCode::kLookupFailed;
+    const Result<RVT_Node*> platform = inventory.FindPlatform(command.name);
+    if (!platform.ok()) {
+        return platform.outcome();
     }
-    if (const ExitCode code = CheckIsReadable(*cache); code != ExitCode::kOk) {
-        return code;
+    if (Outcome outcome = CheckIsReadable(**cache); !outcome.ok()) {
+        return outcome;
     }
-    if (RVT_Node* old = FindCache(*platform); old != nullptr) {
-        old->Delete();
+    if (RVT_Node* old = FindCache(**platform); old != nullptr) {
+        inventory.Remove(**platform, *old);
     }
-    platform->AddChild(cache);
-    return ExitCode::kOk;
+    (*platform)->AddChild(*cache);
+    return {};
 }
 
-ExitCode RemoveCache(const std::string& platform_name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+Outcome RemoveCache(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> platform = inventory.FindPlatformWithCache(command.name);
+    if (platform.ok()) {
+        inventory.Remove(**platform, *FindCache(**platform));
     }
-    bool platform_exists = false;
-    for (const RVT_Node& platform : LiveElements(*map, Platform)) {
-        std::string_view name;
-        if (GetPropertyValue(platform, NameProp, name) != ExitCode::kOk) {
-            return ExitCode::kLookupFailed;
-        }
-        if (name != platform_name) {
-            continue;
-        }
-        platform_exists = true;
-        if (RVT_Node* cache = FindCache(platform); cache != nullptr) {
-            cache->Delete();
-            return ExitCode::kOk;
-        }
-    }
-    if (!platform_exists) {
-        ClearError();
-    }
-    return ExitCode::kLookupFailed;
+    return platform.outcome();
 }

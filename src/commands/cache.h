@@ -1,19 +1,17 @@
 // A platform's cache: a subtree from outside, kept and written back as it came.
 #pragma once
 
-#include <string>
-
-#include "base/exit_code.h"
-#include "xml/rvt_node.h"
+#include "base/outcome.h"
+#include "commands/command.h"
+#include "model/inventory.h"
 
 // Moves the Cache element of "cache_document", an XML declaration followed by that element, under
 // the platform as its last child, in place of the one it had. The document must not be used
 // afterwards. kIncompleteMap "First line must contain a <?xml ...> declaration." or "Cache not
 // found in XML data."; kLookupFailed "Cannot find Platform \"%s\".". A cache that the map could not
 // hold, since the next run could not read it, ends the run as the reader does.
-ExitCode UpdateCache(const std::string& platform_name, RVT_XML_Tree* cache_document);
+Outcome UpdateCache(const Command& command, Inventory& inventory,
+                    const RVT_XML_Tree& cache_document);
 
-// Removes the platform's cache. kLookupFailed "Cannot find Cache for platform \"%s\"."; without a
-// message when there is no such platform; or with the message of a platform without a name before
-// it, which ends the search.
-ExitCode RemoveCache(const std::string& platform_name);
+// Removes the platform's cache. kLookupFailed as Inventory::FindPlatformWithCache.
+Outcome RemoveCache(const Command& command, Inventory& inventory);

@@ -2,258 +2,171 @@
 
 #include <array>
 
-#include "base/error.h"
-#include "commands/properties.h"
+#include "commands/addition.h"
+#include "commands/update.h"
 #include "model/checks.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
-#include "model/uniqueness.h"
 #include "model/vocabulary.h"
-#include "xml/walk.h"
-
-static constexpr const char* kOwner = "System";
-static constexpr std::string_view kBoolean = "boolean";
-
-// The parent of a new console; a platform lends it its address.
-static ExitCode FindParent(const std::string& platform_name, RVT_Node*& parent,
-                           std::string& address) {
-    if (platform_name.empty()) {
-        parent = FindSystemMap();
-        return parent == nullptr ? ExitCode::kLookupFailed : ExitCode::kOk;
-    }
-    parent = FindPlatform(NameProp, platform_name);
-    std::string_view platform_address;
-    if (parent == nullptr ||
-        GetPropertyValue(*parent, AddrProp, platform_address) != ExitCode::kOk) {
-        return ExitCode::kLookupFailed;
-    }
-    address = platform_address;
-    return ExitCode::kOk;
-}
-
-// What stands before the port in a new console's identifier: its platform's identifier, or the
-// serial number, which is then used up. Nothing can fail after this.
-static ExitCode TakeOwnerID(RVT_Node& parent, std::string& id) {
-    if (parent.IsName(Platform)) {
-        return ReadID(parent, id);
-    }
-    Serial serial;
-    const ExitCode code = serial.Read(parent);
-    if (code == ExitCode::kOk) {
-        id = serial.Text();
-        serial.Advance();
-    }
-    return code;
-}
-
-ExitCode AddConsole(const std::string& system_name, const std::string& platform_name,
-                    std::string address, const std::string& port, const std::string& type,
-                    const std::string& logging, const std::string& events,
-                    const std::string& enable, const std::string& comment,
-                    const std::string& event_file, const std::string& mapped_port,
-                    const std::string& auth) {
-    RVT_Node* parent = nullptr;
-    std::string owner_id;
-    ExitCode code = ExitCode::kOk;
-    const bool passed =
-        Passed(CheckNameForm(kOwner, system_name), code) &&
-        Passed(CheckNameIsFree(system_name), code) &&
-        (address.empty() || Passed(CheckAddressForm(address), code)) &&
-        Passed(CheckPortForm(port), code) && Passed(CheckPortForm(mapped_port), code) &&
-        Passed(CheckOsType(type), code) &&
-        Passed(FindParent(platform_name, parent, address), code) &&
-        Passed(CheckPortIsFree(address, port), code) && Passed(CheckEventFile(event_file), code) &&
-        Passed(CheckEventsHaveLogging(logging, events), code) &&
-        Passed(TakeOwnerID(*parent, owner_id), code);
-    if (!passed) {
-        return code;
-    }
-    const std::array<NewProperty, 11> properties = {{
-        {AddrProp, address},
-        {NameProp, system_name},
-        {TypeProp, type},
-        {PortProp, port},
-        {DescProp, comment},
-        {LoggingProp, logging, kBoolean},
-        {EventsProp, events, kBoolean},
-        {EnableProp, enable, kBoolean},
-        {EventFileProp, event_file},
-        {MappedPortProp, mapped_port},
-        {AuthProp, auth},
-    }};
-    AddElementWithProperties(*parent, Console, ConsoleID(owner_id, port),
-                             std::span(properties).subspan(address.empty() ? 1 : 0));
-    return ExitCode::kOk;
-}
 
 namespace {
 
-// A console and where it was found.
-struct FoundConsole {
-    RVT_Node* console = nullptr;
-    const RVT_Node* platform = nullptr;  // null for a standalone console
-};
-
-// The first console called "name" in document order, inside a platform or standalone.
-// kLookupFailed with "not found", or with the message of a standalone console without a name, which
-// ends the search.
-ExitCode FindAnyConsole(const std::string& name, FoundConsole& found) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+// The parent of a new console; a platform lends it its address.
+Outcome HasParent(Addition& addition) {
+    const std::string& name = addition.command.platform;
+    const Result<RVT_Node*> parent = name.empty()
+                                         ? addition.inventory.NeedSystemMap(ExitCode::kLookupFailed)
+                                         : addition.inventory.FindPlatform(name);
+    if (!parent.ok()) {
+        return parent.outcome();
     }
-    for (RVT_Node& node : LiveElements(*map, Platform, Console)) {
-        if (node.IsName(Platform)) {
-            found = {FindConsole(node, NameProp, name), &node};
-        } else {
-            std::string_view node_name;
-            if (GetPropertyValue(node, NameProp, node_name) != ExitCode::kOk) {
-                return ExitCode::kLookupFailed;
-            }
-            found = {node_name == name ? &node : nullptr, nullptr};
-        }
-        if (found.console != nullptr) {
-            return ExitCode::kOk;
-        }
+    addition.parent = *parent;
+    if (name.empty()) {
+        return {};
     }
-    return Fail(ExitCode::kLookupFailed, "Console \"%s\" not found.", name.c_str());
+    const auto address = GetPropertyValue(**parent, Property::kAddress);
+    if (!address) {
+        return PropertyMissing(**parent, Property::kAddress);
+    }
+    addition.values[Property::kAddress] = *address;
+    return {};
 }
 
-// What an update knows of its console.
-struct ConsoleUpdate {
-    const FoundConsole& found;
-    const std::string& name;
-    std::string address;   // where the console's port must be unique
-    std::string old_port;  // before the first change of it
-    std::string new_port;
-    bool changes_address = false;
-    bool changes_port = false;
-    bool changes_switches = false;
-};
+Outcome PortIsFree(Addition& addition) {
+    return CheckPortIsFree(addition.inventory, addition.values[Property::kAddress],
+                           addition.values[Property::kPort]);
+}
 
-ExitCode CheckNewAddress(ConsoleUpdate& update, const std::string& value) {
-    const ExitCode code = CheckAddressForm(value);
-    if (code == ExitCode::kOk) {
-        update.address = value;
-        update.changes_address = true;
+Outcome NewEventsHaveLogging(Addition& addition) {
+    return CheckEventsHaveLogging(addition.values[Property::kLogging],
+                                  addition.values[Property::kEvents]);
+}
+
+constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
+    {.form = ValueKind::kName},
+    {.whole = NameIsFree},
+    {.form = ValueKind::kAddress},
+    {.form = ValueKind::kPort},
+    {.form = ValueKind::kType},
+    {.whole = HasParent},
+    {.whole = PortIsFree},
+    {.form = ValueKind::kEventFile},
+    {.whole = NewEventsHaveLogging},
+});
+
+// What stands before the port in a new console's identifier: its platform's identifier, or a number
+// of its own. Nothing can fail after this.
+Result<std::string> TakeOwnerID(const RVT_Node& parent) {
+    if (parent.IsName(tag::Platform)) {
+        const Result<std::string_view> id = ReadID(parent);
+        return id.ok() ? Result(std::string(*id)) : id.outcome();
     }
-    return code;
+    Result<Serial> serial = Serial::Read(parent);
+    return serial.ok() ? Result(serial->Take()) : serial.outcome();
 }
-
-ExitCode CheckNewPort(ConsoleUpdate& update, const std::string& value) {
-    const ExitCode code = CheckPortForm(value);
-    if (code == ExitCode::kOk) {
-        if (!update.changes_port) {
-            update.old_port = PropertyOrEmpty(*update.found.console, PortProp);
-        }
-        update.new_port = value;
-        update.changes_port = true;
-    }
-    return code;
-}
-
-ExitCode NoteSwitch(ConsoleUpdate& update, const std::string&) {
-    update.changes_switches = true;
-    return ExitCode::kOk;
-}
-
-constexpr std::array<PropertyCheck<ConsoleUpdate>, 8> kChecks = {{
-    {AddrProp, CheckNewAddress},
-    {PortProp, CheckNewPort},
-    {MappedPortProp, [](ConsoleUpdate&, const std::string& value) { return CheckPortForm(value); }},
-    {NameProp, [](ConsoleUpdate& update,
-                  const std::string& value) { return CheckNewName(kOwner, update.name, value); }},
-    {LoggingProp, NoteSwitch},
-    {EventsProp, NoteSwitch},
-    {EventFileProp, [](ConsoleUpdate&, const std::string& value) { return CheckEventFile(value); }},
-    {TypeProp, [](ConsoleUpdate&, const std::string& value) { return CheckOsType(value); }},
-}};
 
 // Whether the console's port is its own at its address. At its platform's address the count finds
 // the console itself, unless the platform has that port: it may then keep the port but not take it.
 // At another address the count cannot find a console that is inside a platform.
-ExitCode CheckPortStaysUnique(const ConsoleUpdate& update) {
-    const auto& [console, platform] = update.found;
-    std::string_view address = update.address;
-    std::string_view port;
-    if ((address.empty() && GetPropertyValue(*console, AddrProp, address) != ExitCode::kOk) ||
-        GetPropertyValue(*console, PortProp, port) != ExitCode::kOk) {
-        return ExitCode::kLookupFailed;
+Outcome PortStaysUnique(const Update& update) {
+    const auto& [console, platform] = update.place;
+    const std::string* given = NewValue(update.command, Property::kAddress);
+    std::string_view address =
+        given != nullptr
+            ? *given
+            : PropertyOrEmpty(platform == nullptr ? *console : *platform, Property::kAddress);
+    if (address.empty()) {
+        const auto own = GetPropertyValue(*console, Property::kAddress);
+        if (!own) {
+            return PropertyMissing(*console, Property::kAddress);
+        }
+        address = *own;
     }
-    const bool seen = platform == nullptr || PropertyOrEmpty(*platform, AddrProp) == address;
-    const bool takes_platform_port = seen && platform != nullptr && update.changes_port &&
-                                     update.new_port != update.old_port &&
-                                     PropertyOrEmpty(*platform, PortProp) == port;
-    const int expected = seen ? 1 : 0;
-    return takes_platform_port || GetCountOfConsolesWithAddress(address, port) != expected
-               ? PortTaken(port)
-               : ExitCode::kOk;
+    const auto port = GetPropertyValue(*console, Property::kPort);
+    if (!port) {
+        return PropertyMissing(*console, Property::kPort);
+    }
+    const bool is_seen =
+        platform == nullptr || PropertyOrEmpty(*platform, Property::kAddress) == address;
+    const bool takes_platform_port = is_seen && platform != nullptr && port != update.port_before &&
+                                     PropertyOrEmpty(*platform, Property::kPort) == port;
+    const int expected = is_seen ? 1 : 0;
+    return takes_platform_port ||
+                   update.inventory.GetCountOfConsolesWithAddress(address, *port) != expected
+               ? PortTaken(*port)
+               : Outcome();
 }
+
+// Not a check: the identifiers follow the port once all checks have passed.
+Outcome RewriteIdentifiers(const Update& update) {
+    return HandleConsolePortChange(*update.place.element, std::string(update.port_before),
+                                   *NewValue(update.command, Property::kPort));
+}
+
+constexpr auto kValueChecks = std::to_array<ValueCheck>({
+    {Property::kName, NewNameIsFree},
+});
+
+constexpr auto kWholeChecks = std::to_array<WholeCheck>({
+    {Property::kLogging, Property::kEvents, EventsHaveLogging},
+    {Property::kAddress, Property::kPort, PortStaysUnique},
+    {Property::kPort, Property::kPort, RewriteIdentifiers},
+});
 
 }  // namespace
 
-ExitCode UpdateConsole(const std::string& system_name, NameValueList list) {
-    FoundConsole found;
-    ExitCode code = FindAnyConsole(system_name, found);
-    if (code != ExitCode::kOk) {
-        return code;
+Outcome AddConsole(const Command& command, Inventory& inventory) {
+    Addition addition(command, inventory, Owner::kConsole);
+    if (Outcome outcome = Check(addition, kAdditionChecks); !outcome.ok()) {
+        return outcome;
     }
-    RVT_Node& console = *found.console;
-    std::string_view address;
-    code =
-        GetPropertyValue(found.platform == nullptr ? console : *found.platform, AddrProp, address);
-    const RVT_Node* property_map = code == ExitCode::kOk ? FindPropertyMap(console) : nullptr;
-    if (property_map == nullptr) {
-        return ExitCode::kLookupFailed;
+    const Result<std::string> owner_id = TakeOwnerID(*addition.parent);
+    if (owner_id.ok()) {
+        const std::string id = ConsoleID(*owner_id, addition.values[Property::kPort]);
+        inventory.Add(*addition.parent, Owner::kConsole, id, addition.values);
     }
-    ConsoleUpdate update{found, system_name, std::string(address), "", ""};
-    code = ApplyChanges<ConsoleUpdate>(*property_map, list, kChecks, update);
-    if (code == ExitCode::kOk && update.changes_switches) {
-        code = CheckSwitches(console);
-    }
-    if (code == ExitCode::kOk && (update.changes_address || update.changes_port)) {
-        code = CheckPortStaysUnique(update);
-    }
-    if (code == ExitCode::kOk && update.changes_port) {
-        code = HandleConsolePortChange(console, update.old_port, update.new_port);
-    }
-    return code;
+    return owner_id.outcome();
 }
 
-ExitCode HandleConsolePortChange(RVT_Node& console, const std::string& old_port,
-                                 const std::string& new_port) {
-    std::string old_id;
-    std::string new_id;
-    const ExitCode code = UpdateConsoleID(console, old_port, new_port, old_id, new_id);
-    if (code == ExitCode::kOk) {
-        UpdateIDsOfChildren(console, old_id, new_id);
+Outcome UpdateConsole(const Command& command, Inventory& inventory) {
+    const Result<Place> place = inventory.FindConsole(command.name);
+    if (!place.ok()) {
+        return place.outcome();
     }
-    return code;
+    const auto& [console, platform] = *place;
+    const RVT_Node& addressed = platform == nullptr ? *console : *platform;
+    if (!GetPropertyValue(addressed, Property::kAddress)) {
+        return PropertyMissing(addressed, Property::kAddress);
+    }
+    const Update update = {command, inventory, Owner::kConsole, *place,
+                           PropertyOrEmpty(*console, Property::kPort)};
+    return Apply(update, kValueChecks, kWholeChecks);
 }
 
-ExitCode UpdateConsoleID(RVT_Node& console, const std::string& old_port,
-                         const std::string& new_port, std::string& old_id, std::string& new_id) {
+Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_port,
+                                std::string_view new_port) {
     RVT_Node* attribute = FindAttribute(console, ID_tag);
     if (attribute == nullptr) {
-        return Fail(ExitCode::kIncompleteMap, "Console with port %s has no ID attribute.",
-                    old_port.c_str());
+        return Failure(ExitCode::kIncompleteMap, "Console with port %s has no ID attribute.",
+                       old_port.c_str());
     }
-    old_id = attribute->GetValue();
+    const std::string old_id = attribute->GetValue();
     const size_t colon = old_id.find(':');
     if (colon == std::string::npos || old_id.substr(colon + 1) != old_port) {
-        return Fail(ExitCode::kIncompleteMap, "Console with port %s has bad ID attribute.",
-                    old_port.c_str());
+        return Failure(ExitCode::kIncompleteMap, "Console with port %s has bad ID attribute.",
+                       old_port.c_str());
     }
-    new_id = ConsoleID(old_id.substr(0, colon), new_port);
+    const std::string new_id = ConsoleID(old_id.substr(0, colon), new_port);
     attribute->SetValue(new_id);
-    return ExitCode::kOk;
+    UpdateIDsOfChildren(console, old_id, new_id);
+    return {};
 }
 
-ExitCode RemoveConsole(const std::string& system_name) {
-    FoundConsole found;
-    const ExitCode code = FindAnyConsole(system_name, found);
-    if (code == ExitCode::kOk) {
-        found.console->Delete();
+Outcome RemoveConsole(const Command& command, Inventory& inventory) {
+    const Result<Place> place = inventory.FindConsole(command.name);
+    if (place.ok()) {
+        inventory.Remove(place->platform == nullptr ? *inventory.FindSystemMap() : *place->platform,
+                         *place->element);
     }
-    return code;
+    return place.outcome();
 }

@@ -2,142 +2,105 @@
 
 #include <array>
 
-#include "base/error.h"
-#include "commands/properties.h"
+#include "commands/addition.h"
+#include "commands/update.h"
 #include "model/checks.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
-#include "model/vocabulary.h"
-
-static constexpr const char* kOwner = "Platform";
-
-ExitCode AddPlatform(const std::string& platform_name, const std::string& model,
-                     const std::string& address, const std::string& port,
-                     const std::string& logging, const std::string& events,
-                     const std::string& enable, const std::string& comment,
-                     const std::string& template_name, const std::string& event_file,
-                     const std::string& mapped_port, const std::string& auth,
-                     const std::string& first_ts_port, const std::string& last_ts_port) {
-    ExitCode code = ExitCode::kOk;
-    const bool passed =
-        Passed(CheckNameIsFree(platform_name), code) &&
-        Passed(CheckNameForm(kOwner, platform_name), code) && Passed(CheckModel(model), code) &&
-        Passed(CheckPortForm(port), code) && Passed(CheckPortForm(mapped_port), code) &&
-        Passed(CheckPortForm(first_ts_port), code) && Passed(CheckPortForm(last_ts_port), code) &&
-        Passed(CheckPortRange(first_ts_port, last_ts_port), code) &&
-        Passed(CheckAddressForm(address), code) && Passed(CheckEventFile(event_file), code) &&
-        Passed(CheckAddressIsFree(nullptr, address), code);
-    RVT_Node* map = passed ? FindSystemMap() : nullptr;
-    Serial serial;
-    if (!passed || map == nullptr || !Passed(serial.Read(*map), code)) {
-        return code == ExitCode::kOk ? ExitCode::kIncompleteMap : code;
-    }
-    const std::string id(serial.Text());
-    serial.Advance();
-    AddElementWithProperties(*map, Platform, id,
-                             std::array<NewProperty, 14>{{
-                                 {NameProp, platform_name},
-                                 {AddrProp, address},
-                                 {PortProp, port},
-                                 {ModelProp, model},
-                                 {DescProp, comment},
-                                 {TemplateProp, template_name},
-                                 {LoggingProp, logging},
-                                 {EventsProp, events},
-                                 {EnableProp, enable},
-                                 {EventFileProp, event_file},
-                                 {MappedPortProp, mapped_port},
-                                 {AuthProp, auth},
-                                 {FTSPProp, first_ts_port},
-                                 {LTSPProp, last_ts_port},
-                             }});
-    return ExitCode::kOk;
-}
 
 namespace {
 
-// What an update knows of its platform.
-struct PlatformUpdate {
-    const RVT_Node& platform;
-    const std::string& name;
-    bool changes_switches = false;
-    bool changes_range = false;
-};
+Outcome PortsAreARange(Addition& addition) {
+    return CheckPortRange(addition.values[Property::kFirstTsPort],
+                          addition.values[Property::kLastTsPort]);
+}
 
-ExitCode CheckNewAddress(PlatformUpdate& update, const std::string& value) {
-    const ExitCode code = CheckAddressForm(value);
-    return code == ExitCode::kOk ? CheckAddressIsFree(&update.platform, value) : code;
+Outcome AddressIsFree(Addition& addition) {
+    return CheckAddressIsFree(addition.inventory, nullptr, addition.values[Property::kAddress]);
+}
+
+constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
+    {.whole = NameIsFree},
+    {.form = ValueKind::kName},
+    {.form = ValueKind::kModel},
+    {.form = ValueKind::kPort},
+    {.form = ValueKind::kTsPort},
+    {.whole = PortsAreARange},
+    {.form = ValueKind::kAddress},
+    {.form = ValueKind::kEventFile},
+    {.whole = AddressIsFree},
+});
+
+Outcome NewAddressIsFree(const Update& update, std::string_view value) {
+    return CheckAddressIsFree(update.inventory, update.place.element, value);
 }
 
 // A port that changes may not be in use at the platform's address, as it stands by then.
-ExitCode CheckNewPort(PlatformUpdate& update, const std::string& value) {
-    const ExitCode code = CheckPortForm(value);
-    if (code != ExitCode::kOk || PropertyOrEmpty(update.platform, PortProp) == value) {
-        return code;
+Outcome NewPortIsFree(const Update& update, std::string_view value) {
+    const RVT_Node& platform = *update.place.element;
+    if (PropertyOrEmpty(platform, Property::kPort) == value) {
+        return {};
     }
-    std::string_view address;
-    const ExitCode found = GetPropertyValue(update.platform, AddrProp, address);
-    return found == ExitCode::kOk ? CheckPortIsFree(address, value) : found;
+    const auto address = GetPropertyValue(platform, Property::kAddress);
+    return address ? CheckPortIsFree(update.inventory, *address, value)
+                   : PropertyMissing(platform, Property::kAddress);
 }
 
-ExitCode NoteSwitch(PlatformUpdate& update, const std::string&) {
-    update.changes_switches = true;
-    return ExitCode::kOk;
+constexpr auto kValueChecks = std::to_array<ValueCheck>({
+    {Property::kName, NewNameIsFree},
+    {Property::kAddress, NewAddressIsFree},
+    {Property::kPort, NewPortIsFree},
+});
+
+Outcome NewPortsAreARange(const Update& update) {
+    return CheckPortRange(PropertyOrEmpty(*update.place.element, Property::kFirstTsPort),
+                          PropertyOrEmpty(*update.place.element, Property::kLastTsPort));
 }
 
-ExitCode CheckRangeEnd(PlatformUpdate& update, const std::string& value) {
-    update.changes_range = true;
-    return CheckPortForm(value);
-}
+constexpr auto kWholeChecks = std::to_array<WholeCheck>({
+    {Property::kLogging, Property::kEvents, EventsHaveLogging},
+    {Property::kFirstTsPort, Property::kLastTsPort, NewPortsAreARange},
+});
 
-constexpr std::array<PropertyCheck<PlatformUpdate>, 10> kChecks = {{
-    {ModelProp, [](PlatformUpdate&, const std::string& value) { return CheckModel(value); }},
-    {AddrProp, CheckNewAddress},
-    {PortProp, CheckNewPort},
-    {MappedPortProp,
-     [](PlatformUpdate&, const std::string& value) { return CheckPortForm(value); }},
-    {NameProp, [](PlatformUpdate& update,
-                  const std::string& value) { return CheckNewName(kOwner, update.name, value); }},
-    {LoggingProp, NoteSwitch},
-    {EventsProp, NoteSwitch},
-    {EventFileProp,
-     [](PlatformUpdate&, const std::string& value) { return CheckEventFile(value); }},
-    {FTSPProp, CheckRangeEnd},
-    {LTSPProp, CheckRangeEnd},
-}};
-
-ExitCode PlatformNotFound(const std::string& name) {
-    return Fail(ExitCode::kLookupFailed, "Platform \"%s\" not found.", name.c_str());
+Result<RVT_Node*> FindNamed(const Command& command, const Inventory& inventory) {
+    const Result<RVT_Node*> platform = inventory.FindPlatform(command.name);
+    if (!platform.ok()) {
+        return Failure(ExitCode::kLookupFailed, "Platform \"%s\" not found.", command.name.c_str());
+    }
+    return platform;
 }
 
 }  // namespace
 
-ExitCode UpdatePlatform(const std::string& platform_name, NameValueList changes) {
-    const RVT_Node* platform = FindPlatform(NameProp, platform_name);
-    if (platform == nullptr) {
-        return PlatformNotFound(platform_name);
+Outcome AddPlatform(const Command& command, Inventory& inventory) {
+    Addition addition(command, inventory, Owner::kPlatform);
+    if (Outcome outcome = Check(addition, kAdditionChecks); !outcome.ok()) {
+        return outcome;
     }
-    const RVT_Node* property_map = FindPropertyMap(*platform);
-    if (property_map == nullptr) {
-        return ExitCode::kLookupFailed;
+    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
+    if (!map.ok()) {
+        return map.outcome();
     }
-    PlatformUpdate update{*platform, platform_name};
-    ExitCode code = ApplyChanges<PlatformUpdate>(*property_map, changes, kChecks, update);
-    if (code == ExitCode::kOk && update.changes_switches) {
-        code = CheckSwitches(*platform);
+    Result<Serial> serial = Serial::Read(**map);
+    if (serial.ok()) {
+        inventory.Add(**map, Owner::kPlatform, serial->Take(), addition.values);
     }
-    if (code == ExitCode::kOk && update.changes_range) {
-        code = CheckPortRange(PropertyOrEmpty(*platform, FTSPProp),
-                              PropertyOrEmpty(*platform, LTSPProp));
-    }
-    return code;
+    return serial.outcome();
 }
 
-ExitCode RemovePlatform(const std::string& platform_name) {
-    RVT_Node* platform = FindPlatform(NameProp, platform_name);
-    if (platform == nullptr) {
-        return PlatformNotFound(platform_name);
+Outcome UpdatePlatform(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> platform = FindNamed(command, inventory);
+    if (!platform.ok()) {
+        return platform.outcome();
     }
-    platform->Delete();
-    return ExitCode::kOk;
+    const Update update = {command, inventory, Owner::kPlatform, {*platform}};
+    return Apply(update, kValueChecks, kWholeChecks);
+}
+
+Outcome RemovePlatform(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> platform = FindNamed(command, inventory);
+    if (platform.ok()) {
+        inventory.Remove(*inventory.FindSystemMap(), **platform);
+    }
+    return platform.outcome();
 }

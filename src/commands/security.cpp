@@ -1,34 +1,33 @@
 #include "commands/security.h"
 
-#include "base/error.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
-static ExitCode FindSecurity(RVT_Node*& security) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+static Result<RVT_Node*> FindSecurity(const Inventory& inventory) {
+    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
+    if (!map.ok()) {
+        return map.outcome();
     }
-    security = FindAttribute(*map, security_tag);
-    return security != nullptr ? ExitCode::kOk
-                               : Fail(ExitCode::kIncompleteMap,
-                                      "Cannot find the \"security\" attribute for SystemMap.");
+    RVT_Node* security = FindAttribute(**map, security_tag);
+    if (security == nullptr) {
+        return Outcome(ExitCode::kIncompleteMap,
+                       "Cannot find the \"security\" attribute for SystemMap.");
+    }
+    return security;
 }
 
-ExitCode SetSecurity(const std::string& value) {
-    RVT_Node* security = nullptr;
-    const ExitCode code = FindSecurity(security);
-    if (code == ExitCode::kOk) {
-        security->SetValue(value);
+Outcome SetSecurity(const Command& command, Inventory& inventory) {
+    const Result<RVT_Node*> security = FindSecurity(inventory);
+    if (security.ok()) {
+        (*security)->SetValue(command.security);
     }
-    return code;
+    return security.outcome();
 }
 
-ExitCode ViewSecurity(std::string& line) {
-    RVT_Node* security = nullptr;
-    const ExitCode code = FindSecurity(security);
-    if (code == ExitCode::kOk) {
-        line = std::string(security->GetValue()) + '\n';
+Result<std::string_view> ViewSecurity(const Inventory& inventory) {
+    const Result<RVT_Node*> security = FindSecurity(inventory);
+    if (!security.ok()) {
+        return security.outcome();
     }
-    return code;
+    return std::string_view((*security)->GetValue());
 }

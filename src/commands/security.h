@@ -1,13 +1,15 @@
 // The map-wide security switch: stored and shown here, acted on by others.
 #pragma once
 
-#include <string>
+#include <string_view>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
+#include "commands/command.h"
+#include "model/inventory.h"
 
-// Sets the root's "security" to "value". kIncompleteMap when the root or the attribute is missing:
+// Sets the root's "security". kIncompleteMap when the root or the attribute is missing:
 // "Cannot find the \"security\" attribute for SystemMap."
-ExitCode SetSecurity(const std::string& value);
+Outcome SetSecurity(const Command& command, Inventory& inventory);
 
-// Sets "line" to it, as stored, and a line end. kIncompleteMap as above.
-ExitCode ViewSecurity(std::string& line);
+// It, as stored. kIncompleteMap as above.
+Result<std::string_view> ViewSecurity(const Inventory& inventory);

@@ -1,128 +1,126 @@
 #include "daemonconf/kfxconf.h"
 
-#include <array>
+#include <optional>
+#include <string>
 
-#include "base/error.h"
 #include "base/paths.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-// What a standalone console has in the place of a platform's port and model.
-static constexpr std::string_view kStandalonePort = "23";
-static constexpr std::string_view kStandaloneModel = "<other>";
-static constexpr std::string_view kEmptyField = "\"\"";
+namespace {
 
-static std::string_view AsDigit(std::string_view value) {
-    return value == switch_on ? "1" : "0";
+// Whose value a column has.
+enum class Source {
+    kElement,   // of the platform or console that the line is about
+    kTopLevel,  // of the platform that it is inside of, or of itself
+    kPlatform,  // the same, but a standalone console has something else there
+};
+
+struct Column {
+    Property property;
+    Source source = Source::kElement;
+    // What stands in its place where a platform or standalone console has no such value.
+    std::string_view otherwise = "";
+    std::string_view when_empty = "";
+    std::string_view behind = " ";  // the blank before the next field, with the quotes of both
+};
+
+constexpr std::string_view kTwoQuotes = "\"\"";
+
+constexpr std::array<Column, std::tuple_size_v<KfxConfLine>> kColumns = {{
+    {.property = Property::kName},
+    {.property = Property::kAddress, .source = Source::kTopLevel},
+    {.property = Property::kPort},
+    {.property = Property::kPort, .source = Source::kPlatform, .otherwise = "23"},
+    {.property = Property::kMappedPort},
+    {.property = Property::kModel, .source = Source::kPlatform, .otherwise = "<other>"},
+    // A standalone console has its address here.
+    {.property = Property::kName, .source = Source::kPlatform, .behind = " \""},
+    {.property = Property::kType, .otherwise = unknown_value, .behind = "\" "},
+    {.property = Property::kLogging},
+    {.property = Property::kEvents},
+    {.property = Property::kEnable},
+    {.property = Property::kAuth},
+    {.property = Property::kEventFile, .when_empty = kTwoQuotes, .behind = " \""},
+    {.property = Property::kDescription, .when_empty = "none", .behind = "\" "},
+    {.property = Property::kTemplate, .source = Source::kPlatform, .when_empty = kTwoQuotes},
+    {.property = Property::kFirstTsPort, .source = Source::kPlatform, .when_empty = kTwoQuotes},
+    {.property = Property::kLastTsPort,
+     .source = Source::kPlatform,
+     .when_empty = kTwoQuotes,
+     .behind = "\n"},
+}};
+
+Owner OwnerOf(const RVT_Node& element) {
+    return element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
 }
 
-ExitCode GetKfxConfPlatformData(const RVT_Node& platform, KfxConfLine& line) {
-    static constexpr std::array kNames = {
-        NameProp,      AddrProp, PortProp,       ModelProp, LoggingProp,  EventsProp, EnableProp,
-        EventFileProp, DescProp, MappedPortProp, AuthProp,  TemplateProp, FTSPProp,   LTSPProp};
-    std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(platform, kNames, v);
-    if (code == ExitCode::kOk) {
-        line = {v[0],           v[1],          v[2],          v[2],  v[3], v[0],
-                AsDigit(v[4]),  AsDigit(v[5]), AsDigit(v[6]), v[7],  v[8], v[9],
-                AsDigit(v[10]), unknown_value, v[11],         v[12], v[13]};
+// The first property, in the order of the table, that is missing among those that an owner has.
+std::optional<Property> FirstMissing(Owner owner, const PropertyValues& values) {
+    std::optional<Property> missing;
+    for (const Property property : PropertiesOf(owner)) {
+        if (!values.Has(property) && (!missing || property < *missing)) {
+            missing = property;
+        }
     }
-    return code;
+    return missing;
 }
 
-ExitCode GetKfxConfGenericConsoleData(const RVT_Node& console, KfxConfLine& line) {
-    static constexpr std::array kNames = {NameProp,       AddrProp,   PortProp,      LoggingProp,
-                                          EventsProp,     EnableProp, EventFileProp, DescProp,
-                                          MappedPortProp, AuthProp,   TypeProp};
-    std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(console, kNames, v);
-    if (code == ExitCode::kOk) {
-        line = {v[0],
-                v[1],
-                v[2],
-                kStandalonePort,
-                kStandaloneModel,
-                v[1],
-                AsDigit(v[3]),
-                AsDigit(v[4]),
-                AsDigit(v[5]),
-                v[6],
-                v[7],
-                v[8],
-                AsDigit(v[9]),
-                v[10],
-                "",
-                "",
-                ""};
+// A switch is 1 or 0.
+std::string_view FieldOf(const PropertyValues& values, Property property) {
+    if (RowOf(property).kind == ValueKind::kSwitch) {
+        return values[property] == switch_on ? "1" : "0";
     }
-    return code;
+    return values[property];
 }
 
-ExitCode GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
-    static constexpr std::array kNames = {NameProp,   PortProp,      LoggingProp, EventsProp,
-                                          EnableProp, EventFileProp, DescProp,    MappedPortProp,
-                                          AuthProp,   TypeProp};
-    std::array<std::string_view, kNames.size()> v;
-    const ExitCode code = GetPropertyValues(console, kNames, v);
-    if (code == ExitCode::kOk) {
-        line.name = v[0];
-        line.console_port = v[1];
-        line.logging = AsDigit(v[2]);
-        line.events = AsDigit(v[3]);
-        line.enable = AsDigit(v[4]);
-        line.event_file = v[5];
-        line.description = v[6];
-        line.mapped_port = v[7];
-        line.auth = AsDigit(v[8]);
-        line.type = v[9];
+std::string_view TopLevelField(const PropertyValues& values, Owner owner, const Column& column) {
+    if (owner == Owner::kConsole && column.source == Source::kPlatform) {
+        return column.property == Property::kName ? values[Property::kAddress] : column.otherwise;
     }
-    return code;
+    return Has(owner, column.property) ? FieldOf(values, column.property) : column.otherwise;
 }
 
-ExitCode WriteFields(Output& out, const KfxConfLine& line) {
-    const auto or_quotes = [](std::string_view value) {
-        return value.empty() ? kEmptyField : value;
-    };
-    const std::string_view description = line.description.empty() ? "none" : line.description;
-    const std::array<std::string_view, 34> pieces = {line.name,
-                                                     " ",
-                                                     line.address,
-                                                     " ",
-                                                     line.console_port,
-                                                     " ",
-                                                     line.platform_port,
-                                                     " ",
-                                                     line.mapped_port,
-                                                     " ",
-                                                     line.model,
-                                                     " ",
-                                                     line.platform_name,
-                                                     " \"",
-                                                     line.type,
-                                                     "\" ",
-                                                     line.logging,
-                                                     " ",
-                                                     line.events,
-                                                     " ",
-                                                     line.enable,
-                                                     " ",
-                                                     line.auth,
-                                                     " ",
-                                                     or_quotes(line.event_file),
-                                                     " \"",
-                                                     description,
-                                                     "\" ",
-                                                     or_quotes(line.template_name),
-                                                     " ",
-                                                     or_quotes(line.first_ts_port),
-                                                     " ",
-                                                     or_quotes(line.last_ts_port),
-                                                     "\n"};
-    for (const std::string_view piece : pieces) {
-        out.Put(piece);
+}  // namespace
+
+Result<KfxConfLine> GetKfxConfData(const RVT_Node& element) {
+    const Owner owner = OwnerOf(element);
+    const PropertyValues values = GetPropertyValues(element, owner);
+    if (const auto missing = FirstMissing(owner, values)) {
+        return Outcome(ExitCode::kIncompleteMap, PropertyMissing(element, *missing).message());
     }
-    return out.HasFailed() ? LostOutput(paths::kKfxConf) : ExitCode::kOk;
+    KfxConfLine line;
+    for (size_t i = 0; i < line.size(); ++i) {
+        line.at(i) = TopLevelField(values, owner, kColumns.at(i));
+    }
+    return line;
+}
+
+bool GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
+    PropertyValues values = GetPropertyValues(console, Owner::kConsole);
+    // Its own address is not looked at.
+    values[Property::kAddress] = "";
+    if (FirstMissing(Owner::kConsole, values)) {
+        return false;
+    }
+    for (size_t i = 0; i < line.size(); ++i) {
+        if (kColumns.at(i).source == Source::kElement) {
+            line.at(i) = FieldOf(values, kColumns.at(i).property);
+        }
+    }
+    return true;
+}
+
+Outcome WriteFields(Output& out, const KfxConfLine& line) {
+    for (size_t i = 0; i < line.size(); ++i) {
+        const Column& column = kColumns.at(i);
+        out.Put(line.at(i).empty() ? column.when_empty : line.at(i));
+        out.Put(column.behind);
+    }
+    return out.HasFailed()
+               ? Failure(ExitCode::kWriteFailed, "Write failed for \"%s\".", paths::kKfxConf)
+               : Outcome();
 }
 
 namespace {
@@ -130,11 +128,11 @@ namespace {
 // Puts the lines that are wanted and notes whether there were any.
 class Selection {
   public:
-    Selection(Output& out, const std::string& name) : out_(out), name_(name) {}
+    Selection(Output& out, std::string_view name) : out_(out), name_(name) {}
 
-    ExitCode Put(const KfxConfLine& line) {
-        if (!name_.empty() && line.name != name_) {
-            return ExitCode::kOk;
+    Outcome Put(const KfxConfLine& line) {
+        if (!name_.empty() && line.front() != name_) {
+            return {};
         }
         matched_ = true;
         return WriteFields(out_, line);
@@ -143,45 +141,45 @@ class Selection {
 
   private:
     Output& out_;
-    const std::string& name_;
+    std::string_view name_;
     bool matched_ = false;
 };
 
 }  // namespace
 
 // The line of a top-level element and those of the consoles inside it.
-static ExitCode PutElement(const RVT_Node& element, Selection& selection) {
-    KfxConfLine line;
-    const ExitCode filled = element.IsName(Platform) ? GetKfxConfPlatformData(element, line)
-                                                     : GetKfxConfGenericConsoleData(element, line);
-    if (filled != ExitCode::kOk) {
-        return ExitCode::kIncompleteMap;
+static Outcome PutElement(const RVT_Node& element, Selection& selection) {
+    const Result<KfxConfLine> line = GetKfxConfData(element);
+    if (!line.ok()) {
+        return line.outcome();
     }
-    ExitCode code = selection.Put(line);
-    for (const RVT_Node& console : LiveElements(element, Console)) {
-        if (code != ExitCode::kOk) {
-            break;
+    if (Outcome outcome = selection.Put(*line); !outcome.ok()) {
+        return outcome;
+    }
+    for (const RVT_Node& console : LiveElements(element, tag::Console)) {
+        KfxConfLine console_line = *line;
+        if (!GetKfxConfConsoleData(console, console_line)) {
+            continue;
         }
-        KfxConfLine console_line = line;
-        if (GetKfxConfConsoleData(console, console_line) == ExitCode::kOk) {
-            code = selection.Put(console_line);
+        if (Outcome outcome = selection.Put(console_line); !outcome.ok()) {
+            return outcome;
         }
     }
-    return code;
+    return {};
 }
 
-ExitCode WriteKfxConf(Output& out, const std::string& name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return ExitCode::kIncompleteMap;
+Outcome WriteKfxConf(Output& out, const Inventory& inventory, std::string_view name) {
+    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
+    if (!map.ok()) {
+        return map.outcome();
     }
     Selection selection(out, name);
-    for (const RVT_Node& element : LiveElements(*map, Platform, Console)) {
-        if (const ExitCode code = PutElement(element, selection); code != ExitCode::kOk) {
-            return code;
+    for (const RVT_Node& element : LiveElements(**map, tag::Platform, tag::Console)) {
+        if (Outcome outcome = PutElement(element, selection); !outcome.ok()) {
+            return outcome;
         }
     }
-    return selection.LacksMatch()
-               ? Fail(ExitCode::kLookupFailed, "Console \"%s\" not found.", name.c_str())
-               : ExitCode::kOk;
+    return selection.LacksMatch() ? Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
+                                            std::string(name).c_str())
+                                  : Outcome();
 }

@@ -1,61 +1,38 @@
 // One run: record, parse, lock, read, act, release, notify, exit.
-#include <libgen.h>
-
 #include <new>
-#include <string>
+#include <span>
 
-#include "base/error.h"
 #include "base/process.h"
-#include "frontend/do_action.h"
-#include "frontend/get_args.h"
-#include "frontend/options.h"
-#include "run/map_lock.h"
-#include "run/rvt_exit.h"
-#include "translog/rvt_trans_log.h"
-#include "xml/rvt_node.h"
-#include "xml/rvt_xml_parser.h"
+#include "frontend/parse_command.h"
+#include "frontend/usage.h"
+#include "run/run.h"
 
-static void SetProgram(std::string path) {
-    program = basename(path.data());
-}
-
-static void EndRunUnlessOk(ExitCode code) {
-    if (code != ExitCode::kOk) {
-        RVTExit(code);
+static Outcome Do(Run& run, std::span<const char* const> words) {
+    if (Outcome outcome = run.Begin(words); !outcome.ok()) {
+        return outcome;
     }
-}
-
-// Reads the map. The parser ends the run at an error in it; what it only reports leaves a tree that
-// the command then finds incomplete, but the -config actions look at nothing in the map.
-static void ReadMap() {
-    const int result = ParseXMLFile(xml_file, &rvt_xml_tree);
-    if (result != 0 && (action == kGetConfigValue || action == kSetConfigValue)) {
-        RVTExit(ExitCode::kNotWellFormed);
+    const Result<Command> command = ParseCommand(words.subspan(words.empty() ? 0 : 1));
+    if (!command.ok()) {
+        return command.outcome();
     }
-}
-
-static void Run(int argc, char** argv) {
-    if (argc > 0) {
-        SetProgram(argv[0]);
+    switch (command->action) {
+        case Action::kShowHelp:
+            return run.Print(usage_msg);
+        case Action::kShowVersion:
+            return run.Print("TQS version " TQS_VERSION " build date " TQS_BUILD_DATE "\n");
+        default:
+            return run.Do(*command);
     }
-    EndRunUnlessOk(LogCommandLine(argc, argv));
-    GetArgs(argc, argv);
-    EndRunUnlessOk(Lock());
-    ReadMap();
-    DoAction();
-    // The entry comes before the release of the lock, so that the log has the order of the runs.
-    static_cast<void>(PutExitCode(ExitCode::kOk));
-    EndRunUnlessOk(Unlock());
-    AllowTermination();
-    NotifyOfAction();
 }
 
 int main(int argc, char** argv) {
     PrepareProcess();
+    Run run;
+    Outcome outcome;
     try {
-        Run(argc, argv);
+        outcome = Do(run, {argv, static_cast<size_t>(argc)});
     } catch (const std::bad_alloc&) {
-        RVTExit(Fail(ExitCode::kWriteFailed, "Out of memory."));
+        outcome = {ExitCode::kWriteFailed, "Out of memory."};
     }
-    RVTExit(ExitCode::kOk);
+    return run.End(outcome);
 }

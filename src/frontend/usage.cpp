@@ -1,4 +1,4 @@
-#include "frontend/get_args.h"
+#include "frontend/usage.h"
 
 // clang-format off
 const char* const usage_msg =
@@ -48,5 +48,5 @@ const char* const usage_msg =
     "    -security {true | false} \n"
     "    -view security \n"
     "    -U \n"
-    "    -V";
+    "    -V\n";
 // clang-format on

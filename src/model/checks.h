@@ -2,33 +2,32 @@
 // means is told beside the function it calls; nothing here changes the map.
 #pragma once
 
-#include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
-#include "xml/rvt_node.h"
+#include "base/outcome.h"
+#include "model/inventory.h"
 
-// kInvalidName "%s name contains invalid characters.\nUse only alpha-numeric characters, \".\", and
-// \"-\"." with "owner" ("Platform" or "System") at its start.
-ExitCode CheckNameForm(const char* owner, const std::string& name);
+// The value by itself, according to the kind of the property:
+//   name          kInvalidName "%s name contains invalid characters.\nUse only alpha-numeric
+//                 characters, \".\", and \"-\"." with "Platform" or, for a console, "System"
+//   address       kInvalidAddress "Invalid IP address \"%s\"."
+//   port          kInvalidPort "Invalid port number \"%s\"."
+//   model         kUnknownModel "The model is not in the database."
+//   type          kUnknownOsType "The OS type is not in the database."
+//   event file    kEventFileNotFound "Event file \"%s\" not found."
+//   other         fine
+Outcome CheckForm(Owner owner, Property property, std::string_view value);
+
 // kNameTaken "Duplicate name \"%s\"."
-ExitCode CheckNameIsFree(const std::string& name);
-// kUnknownModel "The model is not in the database."
-ExitCode CheckModel(const std::string& model);
-// kUnknownOsType "The OS type is not in the database."
-ExitCode CheckOsType(const std::string& type);
-// kInvalidAddress "Invalid IP address \"%s\"."
-ExitCode CheckAddressForm(const std::string& address);
+Outcome CheckNameIsFree(const Inventory& inventory, std::string_view name);
 // kAddressTaken "Duplicate IP address \"%s\"."; "node" may have it.
-ExitCode CheckAddressIsFree(const RVT_Node* node, const std::string& address);
-// kInvalidPort "Invalid port number \"%s\"."
-ExitCode CheckPortForm(const std::string& port);
+Outcome CheckAddressIsFree(const Inventory& inventory, const RVT_Node* node,
+                           std::string_view address);
 // kPortTaken "Duplicate port number \"%s\"." when it is not free, or in any case.
-ExitCode CheckPortIsFree(std::string_view address, const std::string& port);
-ExitCode PortTaken(std::string_view port);
+Outcome CheckPortIsFree(const Inventory& inventory, std::string_view address,
+                        std::string_view port);
+Outcome PortTaken(std::string_view port);
 // kInvalidPortRange, three lines.
-ExitCode CheckPortRange(std::string_view first, std::string_view last);
-// kEventFileNotFound "Event file \"%s\" not found."
-ExitCode CheckEventFile(const std::string& name);
+Outcome CheckPortRange(std::string_view first, std::string_view last);
 // kEventsWithoutLogging "Events cannot be enabled when logging is disabled."
-ExitCode CheckEventsHaveLogging(std::string_view logging, std::string_view events);
+Outcome CheckEventsHaveLogging(std::string_view logging, std::string_view events);

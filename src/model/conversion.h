@@ -1,5 +1,5 @@
-// Bringing a map of an earlier format to the current one, in one pass of fixed steps. The map is
-// written once, at the end, so a step that fails leaves the file as it was.
+// Bringing a map of an earlier format to the current one, in one pass of fixed steps. Nothing is
+// written here: a step that fails leaves the file as it was.
 //
 // A platform is a child of the root called Platform, its consoles are its children called Console;
 // standalone consoles are never touched. Platforms that the first step merged into others are
@@ -8,44 +8,39 @@
 
 #include <string_view>
 
-#include "base/exit_code.h"
-#include "xml/rvt_node.h"
+#include "base/outcome.h"
+#include "model/inventory.h"
 
-// Converts rvt_xml_tree and writes it to "path" when its version is not the current one; leaves
-// both untouched when it is. Ends the run with the code of the first step that fails.
-void DoVersionConversion(const char* path);
+// Converts the map when its version is not the current one. Whether it has, and so must be written;
+// or the outcome of the first step that fails, which leaves the map half converted. kIncompleteMap
+// "Cannot find SystemMap element."
+Result<bool> DoVersionConversion(Inventory& inventory);
 
-// The root's "version" attribute. kIncompleteMap "Cannot find SystemMap element." or "Cannot find
-// the \"version\" attribute for SystemMap."
-ExitCode GetVersion(std::string_view& version);
-ExitCode SetVersion(std::string_view version);
+// The "version" attribute of "map". kIncompleteMap "Cannot find the \"version\" attribute for
+// SystemMap."
+Result<std::string_view> GetVersion(const RVT_Node& map);
+Outcome SetVersion(const RVT_Node& map, std::string_view version);
 
 // Merges platforms that share an address into the first of them: the others' consoles go to its
 // end, their identifiers with its number. Skips deleted platforms. kIncompleteMap "ID not found in
 // XML data."
-ExitCode GroupPlatformsWithDupIPAddr();
+Outcome GroupPlatformsWithDupIPAddr(const RVT_Node& map);
 // Appends the consoles of "from" to "to" and deletes "from".
 void MoveConsolesToPlatform(RVT_Node& from, RVT_Node& to);
 
 // Puts "P-" before a platform's name, as often as it takes, unless it is the only use of the name.
 // Sees deleted platforms. kLookupFailed with the lookup's message for a platform without a name.
-ExitCode ModifyDuplicatePlatformNames();
+Outcome ModifyDuplicatePlatformNames(const RVT_Node& map);
 
-// Add a property with its default where it is missing, to platforms or to platforms and their
-// consoles, deleted ones too. kLookupFailed "Cannot find PropertyMap in \"%s\".".
-ExitCode AddLoggingEnabledPropertyToPlatforms();
-ExitCode AddEventsEnabledPropertyToPlatforms();
-ExitCode AddEnablePropertyToConsoles();
-ExitCode AddEventFilePropertyToConsoles();
-ExitCode AddMappedPortPropertyToConsoles();
-ExitCode AddAuthEnabledPropertyToConsoles();
-ExitCode AddFirstTSPortPropertyToPlatforms();
-ExitCode AddLastTSPortPropertyToPlatforms();
+// Adds the properties that older maps lack, with their initial values and without a type, to all
+// platforms and then to their consoles, deleted ones too. kLookupFailed "Cannot find PropertyMap in
+// \"%s\".".
+Outcome AddMissingProperties(const RVT_Node& map);
 
 // Replace by "Unknown" the models, and the OS types of consoles inside platforms, that the
-// reference files do not list. Skip deleted platforms. Always kOk but for a missing root.
-ExitCode ValidateAndAssignGenericModel();
-ExitCode CheckAndAssignTypePropertyToConsoles();
+// reference files do not list. Skip deleted platforms.
+void ValidateAndAssignGenericModel(const RVT_Node& map);
+void CheckAndAssignTypePropertyToConsoles(const RVT_Node& map);
 
-// Removes the property "Conn". Skips deleted platforms. Always kOk but for a missing root.
-ExitCode DeleteConnPropertyFromPlatform();
+// Removes the property "Conn". Skips deleted platforms.
+void DeleteConnPropertyFromPlatform(const RVT_Node& map);

@@ -3,35 +3,36 @@
 #include <climits>
 #include <cstdlib>
 
-#include "base/error.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
+#include "xml/walk.h"
 
-ExitCode Serial::Read(const RVT_Node& map) {
-    attribute_ = FindAttribute(map, serial_tag);
-    if (attribute_ == nullptr) {
-        return Fail(ExitCode::kIncompleteMap,
-                    "Cannot find the \"serial\" attribute for SystemMap.");
+Result<Serial> Serial::Read(const RVT_Node& map) {
+    RVT_Node* attribute = FindAttribute(map, serial_tag);
+    if (attribute == nullptr) {
+        return Failure(ExitCode::kIncompleteMap,
+                       "Cannot find the \"serial\" attribute for SystemMap.");
     }
-    number_ = strtol(attribute_->GetValue(), nullptr, 10);
-    if (number_ < 1 || number_ >= INT_MAX) {
-        return Fail(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
+    const long number = strtol(attribute->GetValue(), nullptr, 10);
+    if (number < 1 || number >= INT_MAX) {
+        return Failure(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
     }
-    return ExitCode::kOk;
+    return Serial(*attribute, number);
 }
 
-void Serial::Advance() {
+std::string Serial::Take() {
+    std::string taken = attribute_.GetValue();
     ++number_;
-    attribute_->SetValue(std::to_string(number_));
+    attribute_.SetValue(std::to_string(number_));
+    return taken;
 }
 
-ExitCode ReadID(const RVT_Node& element, std::string& id) {
+Result<std::string_view> ReadID(const RVT_Node& element) {
     const RVT_Node* attribute = FindAttribute(element, ID_tag);
     if (attribute == nullptr) {
-        return Fail(ExitCode::kIncompleteMap, "ID not found in XML data.");
+        return Failure(ExitCode::kIncompleteMap, "ID not found in XML data.");
     }
-    id = attribute->GetValue();
-    return ExitCode::kOk;
+    return std::string_view(attribute->GetValue());
 }
 
 std::string ConsoleID(std::string_view owner, std::string_view port) {
@@ -43,23 +44,19 @@ std::string PropertyMapID(std::string_view owner) {
 }
 
 std::string ReplaceID(std::string_view id, std::string_view from, std::string_view to) {
-    if (id.substr(0, from.size()) != from) {
+    if (!id.starts_with(from)) {
         return std::string(id);
     }
     return std::string(to) + std::string(id.substr(from.size()));
 }
 
 void UpdateIDsOfChildren(const RVT_Node& node, std::string_view from, std::string_view to) {
-    RVT_Node_List_Elem* pos = nullptr;
-    for (RVT_Node* child = node.GetFirstChild(pos); child != nullptr;
-         child = RVT_Node::GetNextChild(pos)) {
-        RVT_Node_List_Elem* at = nullptr;
-        for (RVT_Node* attribute = child->GetFirstAttribute(at); attribute != nullptr;
-             attribute = RVT_Node::GetNextAttribute(at)) {
-            if (attribute->IsName(ID_tag)) {
-                attribute->SetValue(ReplaceID(attribute->GetValue(), from, to));
+    for (const RVT_Node& child : Children(node)) {
+        for (RVT_Node& attribute : Attributes(child)) {
+            if (attribute.IsName(ID_tag)) {
+                attribute.SetValue(ReplaceID(attribute.GetValue(), from, to));
             }
         }
-        UpdateIDsOfChildren(*child, from, to);
+        UpdateIDsOfChildren(child, from, to);
     }
 }

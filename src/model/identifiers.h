@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
 #include "xml/rvt_node.h"
 
 // The "serial" of the map, read and checked before anything changes, and advanced after.
@@ -18,20 +18,20 @@ class Serial {
     // Reads the counter of "map". kIncompleteMap "Cannot find the \"serial\" attribute for
     // SystemMap." or "File does not contain a valid serial number." for text that does not begin
     // with a number from 1 to 2147483646 (the last that can be advanced).
-    ExitCode Read(const RVT_Node& map);
+    static Result<Serial> Read(const RVT_Node& map);
 
-    // The number as the map spells it, which may have leading zeros: the next identifier.
-    [[nodiscard]] std::string_view Text() const { return attribute_->GetValue(); }
-    // Stores the number after it. Text() is the new one from then on.
-    void Advance();
+    // The number as the map spells it, which may have leading zeros. The counter is advanced.
+    std::string Take();
 
   private:
-    RVT_Node* attribute_ = nullptr;
-    long number_ = 0;
+    Serial(RVT_Node& attribute, long number) : attribute_(attribute), number_(number) {}
+
+    RVT_Node& attribute_;
+    long number_;
 };
 
 // The "ID" of an element. kIncompleteMap "ID not found in XML data."
-ExitCode ReadID(const RVT_Node& element, std::string& id);
+Result<std::string_view> ReadID(const RVT_Node& element);
 
 // "owner:port" and "owner.pmap".
 std::string ConsoleID(std::string_view owner, std::string_view port);

@@ -2,161 +2,135 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 
-#include "base/error.h"
+#include "model/identifiers.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-RVT_Node* FindSystemMap() {
-    RVT_Node_List_Elem* pos = nullptr;
-    RVT_Node* node = rvt_xml_tree.GetFirstChild(pos);
-    while (node != nullptr && !(node->IsType(RVT_ELEMENT) && node->IsName(SystemMap))) {
-        node = RVT_XML_Tree::GetNextChild(pos);
+RVT_Node* FindSystemMap(const RVT_XML_Tree& tree) {
+    for (RVT_Node& node : Children(tree)) {
+        if (node.IsType(RVT_ELEMENT) && node.IsName(tag::SystemMap)) {
+            return &node;
+        }
     }
-    if (node == nullptr) {
-        NoteError("Cannot find SystemMap element.");
-    }
-    return node;
+    return nullptr;
 }
 
-RVT_Node* FindPlatform(std::string_view property, const std::string& value) {
-    RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return nullptr;
-    }
-    for (RVT_Node& platform : LiveElements(*map, Platform)) {
-        std::string_view text;
-        if (GetPropertyValue(platform, property, text) == ExitCode::kOk && text == value) {
+RVT_Node* FindPlatform(const RVT_Node& map, std::string_view name) {
+    for (RVT_Node& platform : LiveElements(map, tag::Platform)) {
+        if (GetPropertyValue(platform, Property::kName) == name) {
             return &platform;
         }
     }
-    NoteError("Cannot find Platform \"%s\".", value.c_str());
     return nullptr;
 }
 
-RVT_Node* FindConsole(const RVT_Node& parent, std::string_view property, const std::string& value) {
-    for (RVT_Node& console : LiveElements(parent, Console)) {
-        std::string_view text;
-        if (GetPropertyValue(console, property, text) != ExitCode::kOk) {
-            return nullptr;
-        }
-        if (text == value) {
-            return &console;
+RVT_Node* FindConsole(const RVT_Node& platform, std::string_view name) {
+    for (RVT_Node& console : LiveElements(platform, tag::Console)) {
+        const auto console_name = GetPropertyValue(console, Property::kName);
+        if (!console_name || console_name == name) {
+            return console_name ? &console : nullptr;
         }
     }
-    NoteError("Cannot find Console \"%s\" in %s.", value.c_str(), parent.GetName().data());
     return nullptr;
 }
 
-RVT_Node* FindPropertyMap(const RVT_Node& node) {
-    RVT_Node* map = LiveElements(node, PropertyMap).First();
-    if (map == nullptr) {
-        NoteError("Cannot find PropertyMap in \"%s\".", node.GetName().data());
+RVT_Node* FindPropertyMap(const RVT_Node& element) {
+    return LiveElements(element, tag::PropertyMap).First();
+}
+
+RVT_Node* FindCache(const RVT_Node& platform) {
+    return LiveElements(platform, tag::Cache).First();
+}
+
+static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
+    for (RVT_Node& attribute : Attributes(node)) {
+        if (attribute.IsName(name)) {
+            return &attribute;
+        }
     }
-    return map;
+    return nullptr;
+}
+
+RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
+    return AttributeWithName(node, InternName(name));
 }
 
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
-    for (RVT_Node& property : ElementsEvenDeleted(property_map, Property)) {
-        const RVT_Node* called = AttributeOf(property, name_tag);
+    for (RVT_Node& property : ElementsEvenDeleted(property_map, tag::Property)) {
+        const RVT_Node* called = AttributeWithName(property, kNameId);
         if (called != nullptr && called->IsValue(name)) {
             return &property;
         }
     }
-    NoteError("Cannot find Property \"name=%s\" in \"%s\".", std::string(name).c_str(),
-              property_map.GetName().data());
     return nullptr;
 }
 
-RVT_Node* FindCache(const RVT_Node& platform) {
-    RVT_Node* cache = LiveElements(platform, Cache).First();
-    if (cache == nullptr) {
-        std::string_view name;
-        static_cast<void>(GetPropertyValue(platform, NameProp, name));
-        NoteError("Cannot find Cache for platform \"%s\".", std::string(name).c_str());
-    }
-    return cache;
+RVT_Node* FindPropertyValue(const RVT_Node& element, Property property) {
+    const RVT_Node* map = FindPropertyMap(element);
+    const RVT_Node* found = map == nullptr ? nullptr : FindProperty(*map, RowOf(property).name);
+    return found == nullptr ? nullptr : AttributeWithName(*found, kValueId);
 }
 
-static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
-    RVT_Node_List_Elem* pos = nullptr;
-    RVT_Node* attribute = node.GetFirstAttribute(pos);
-    while (attribute != nullptr && !attribute->IsName(name)) {
-        attribute = RVT_Node::GetNextAttribute(pos);
-    }
-    return attribute;
+std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, Property property) {
+    const RVT_Node* value = FindPropertyValue(element, property);
+    return value == nullptr ? std::nullopt : std::optional<std::string_view>(value->GetValue());
 }
 
-RVT_Node* AttributeOf(const RVT_Node& node, std::string_view name) {
-    return AttributeWithName(node, InternName(name));
+std::string_view PropertyOrEmpty(const RVT_Node& element, Property property) {
+    return GetPropertyValue(element, property).value_or("");
 }
 
-static RVT_Node* FindAttributeWithName(const RVT_Node& node, NameId name) {
-    RVT_Node* attribute = AttributeWithName(node, name);
-    if (attribute == nullptr) {
-        NoteError("Cannot find attribute \"%s=\" in \"%s\".", NameText(name).data(),
-                  node.GetName().data());
-    }
-    return attribute;
-}
-
-RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
-    return FindAttributeWithName(node, InternName(name));
-}
-
-RVT_Node* FindPropertyValue(const RVT_Node& node, std::string_view name) {
-    const RVT_Node* map = FindPropertyMap(node);
-    const RVT_Node* property = map == nullptr ? nullptr : FindProperty(*map, name);
-    return property == nullptr ? nullptr : FindAttribute(*property, value_tag);
-}
-
-ExitCode GetPropertyValue(const RVT_Node& node, std::string_view name, std::string_view& value) {
-    const RVT_Node* attribute = FindPropertyValue(node, name);
-    if (attribute == nullptr) {
-        return ExitCode::kLookupFailed;
-    }
-    value = attribute->GetValue();
-    return ExitCode::kOk;
-}
-
-// The place of "name" among "names", looked for at "guess" first; names.size() when it is not
-// there.
-static size_t PlaceOf(std::string_view name, std::span<const std::string_view> names,
-                      size_t guess) {
-    if (guess < names.size() && names[guess] == name) {
+// The place of the property called "name" among "properties", looked for at "guess" first; their
+// number when it is none of them.
+static size_t PlaceOf(std::string_view name, std::span<const Property> properties, size_t guess) {
+    if (guess < properties.size() && RowOf(properties[guess]).name == name) {
         return guess;
     }
-    return static_cast<size_t>(std::find(names.begin(), names.end(), name) - names.begin());
+    const auto found =
+        std::ranges::find(properties, name, [](Property property) { return RowOf(property).name; });
+    return static_cast<size_t>(found - properties.begin());
 }
 
-ExitCode GetPropertyValues(const RVT_Node& node, std::span<const std::string_view> names,
-                           std::span<std::string_view> values) {
-    const RVT_Node* map = FindPropertyMap(node);
+PropertyValues GetPropertyValues(const RVT_Node& element, Owner owner) {
+    PropertyValues values;
+    const RVT_Node* map = FindPropertyMap(element);
     if (map == nullptr) {
-        return ExitCode::kLookupFailed;
+        return values;
     }
-    static const NameId kName = InternName(name_tag);
-    static const NameId kValue = InternName(value_tag);
-    std::array<const RVT_Node*, kMostProperties + 1> found{};
-    size_t place = 0;
-    for (const RVT_Node& property : ElementsEvenDeleted(*map, Property)) {
-        const RVT_Node* called = AttributeWithName(property, kName);
-        place = called == nullptr ? names.size() : PlaceOf(called->GetValue(), names, place + 1);
-        if (found.at(place) == nullptr) {
-            found.at(place) = &property;
+    const std::span<const Property> properties = PropertiesOf(owner);
+    std::array<bool, kPropertyCount + 1> seen{};
+    size_t guess = 0;
+    for (const RVT_Node& property : ElementsEvenDeleted(*map, tag::Property)) {
+        const RVT_Node* called = AttributeWithName(property, kNameId);
+        // In the order of the list more often than not.
+        const size_t place =
+            called == nullptr ? properties.size() : PlaceOf(called->GetValue(), properties, guess);
+        guess = place + 1;
+        const RVT_Node* value = AttributeWithName(property, kValueId);
+        if (place < properties.size() && !seen.at(place) && value != nullptr) {
+            values[properties[place]] = value->GetValue();
         }
+        seen.at(place) = true;
     }
-    for (size_t i = 0; i < names.size(); ++i) {
-        const RVT_Node* property =
-            found.at(i) != nullptr ? found.at(i) : FindProperty(*map, names[i]);
-        const RVT_Node* value =
-            property == nullptr ? nullptr : FindAttributeWithName(*property, kValue);
-        if (value == nullptr) {
-            return ExitCode::kLookupFailed;
-        }
-        values[i] = value->GetValue();
+    return values;
+}
+
+Outcome PropertyMissing(const RVT_Node& element, Property property) {
+    const RVT_Node* map = FindPropertyMap(element);
+    if (map == nullptr) {
+        return Failure(ExitCode::kLookupFailed, "Cannot find PropertyMap in \"%s\".",
+                       element.GetName().data());
     }
-    return ExitCode::kOk;
+    const std::string_view name = RowOf(property).name;
+    const RVT_Node* found = FindProperty(*map, name);
+    if (found == nullptr) {
+        return Failure(ExitCode::kLookupFailed, "Cannot find Property \"name=%s\" in \"%s\".",
+                       name.data(), map->GetName().data());
+    }
+    return Failure(ExitCode::kLookupFailed, "Cannot find attribute \"%s=\" in \"%s\".",
+                   value_tag.data(), found->GetName().data());
 }
 
 void SetAttributes(RVT_Node& node,
@@ -169,9 +143,53 @@ void SetAttributes(RVT_Node& node,
     }
 }
 
+void ShareOutChildren(RVT_Node& parent,
+                      const std::function<RVT_Node*(const RVT_Node& child)>& owner_of) {
+    const RVT_Node_List children = parent.ReleaseChildren();
+    RVT_Node_List_Elem* pos = nullptr;
+    for (RVT_Node* child = children.GetFirstNode(pos); child != nullptr;) {
+        // Before the child stands in another list.
+        RVT_Node* next = RVT_Node_List::GetNextNode(pos);
+        if (RVT_Node* owner = owner_of(*child); owner != nullptr) {
+            owner->AddChild(child);
+        }
+        child = next;
+    }
+}
+
 RVT_Node& AddElement(RVT_Node& parent, std::string_view name) {
     RVT_Node* element = RVT_Node::Create(RVT_ELEMENT);
     element->SetName(name);
     parent.AddChild(element);
     return *element;
+}
+
+void AddProperty(RVT_Node& property_map, Property property, std::string_view value,
+                 bool is_boolean) {
+    RVT_Node& element = AddElement(property_map, tag::Property);
+    const std::string_view name = RowOf(property).name;
+    if (is_boolean) {
+        SetAttributes(element, {{name_tag, name},
+                                {readonly_tag, switch_off},
+                                {type_tag, "boolean"},
+                                {value_tag, value}});
+    } else {
+        SetAttributes(element, {{name_tag, name}, {readonly_tag, switch_off}, {value_tag, value}});
+    }
+}
+
+RVT_Node& AddOwner(RVT_Node& parent, Owner owner, std::string_view id,
+                   const PropertyValues& values) {
+    const bool is_console = owner == Owner::kConsole;
+    RVT_Node& element = AddElement(parent, is_console ? tag::Console : tag::Platform);
+    SetAttributes(element, {{ID_tag, id}});
+    RVT_Node& property_map = AddElement(element, tag::PropertyMap);
+    SetAttributes(property_map, {{ID_tag, PropertyMapID(id)}});
+    for (const Property property : PropertiesOf(owner)) {
+        if (values.Has(property)) {
+            AddProperty(property_map, property, values[property],
+                        is_console && RowOf(property).is_boolean_in_consoles);
+        }
+    }
+    return element;
 }

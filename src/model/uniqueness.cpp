@@ -8,45 +8,32 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-static bool HasProperty(const RVT_Node& node, std::string_view property, std::string_view wanted) {
-    std::string_view value;
-    return GetPropertyValue(node, property, value) == ExitCode::kOk && value == wanted;
-}
-
 // Calls "visit" with each name that counts as used.
 template <typename Visit>
 static void VisitNames(const RVT_Node& map, Visit visit) {
-    for (const RVT_Node& node : ElementsEvenDeleted(map, Platform, Console)) {
-        std::string_view name;
-        if (GetPropertyValue(node, NameProp, name) != ExitCode::kOk) {
+    for (const RVT_Node& node : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        const auto name = GetPropertyValue(node, Property::kName);
+        if (!name) {
             continue;
         }
-        visit(name);
-        if (!node.IsName(Platform)) {
+        visit(*name);
+        if (!node.IsName(tag::Platform)) {
             continue;
         }
-        for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-            if (GetPropertyValue(console, NameProp, name) == ExitCode::kOk) {
-                visit(name);
+        for (const RVT_Node& console : ElementsEvenDeleted(node, tag::Console)) {
+            if (const auto console_name = GetPropertyValue(console, Property::kName)) {
+                visit(*console_name);
             }
         }
     }
 }
 
-int GetCountOfConsolesWithName(std::string_view name) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return Number(ExitCode::kIncompleteMap);
-    }
+int GetCountOfConsolesWithName(const RVT_Node& map, std::string_view name) {
     int count = 0;
-    VisitNames(*map, [&count, name](std::string_view used) {
+    VisitNames(map, [&count, name](std::string_view used) {
         count += EqualsIgnoringCase(used, name) ? 1 : 0;
     });
     return count;
-}
-
-bool IsDuplicateName(std::string_view name) {
-    return GetCountOfConsolesWithName(name) != 0;
 }
 
 namespace {
@@ -110,42 +97,36 @@ std::string NameIndex::Rename(std::string_view name) {
     return renamed += name;
 }
 
-bool IsDuplicateAddress(const RVT_Node* node, std::string_view address) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return false;
-    }
-    for (const RVT_Node& other : ElementsEvenDeleted(*map, Platform, Console)) {
-        if (&other != node && HasProperty(other, AddrProp, address)) {
+bool IsDuplicateAddress(const RVT_Node& map, const RVT_Node* node, std::string_view address) {
+    for (const RVT_Node& other : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        if (&other != node && GetPropertyValue(other, Property::kAddress) == address) {
             return true;
         }
     }
     return false;
 }
 
-int GetCountOfConsolesWithAddress(std::string_view address, std::string_view port) {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return 0;
-    }
+static int CountConsolesWithPort(const RVT_Node& platform, std::string_view port) {
     int count = 0;
-    for (const RVT_Node& node : ElementsEvenDeleted(*map, Platform, Console)) {
-        std::string_view own_port;
-        if (!HasProperty(node, AddrProp, address) ||
-            GetPropertyValue(node, PortProp, own_port) != ExitCode::kOk) {
-            continue;
-        }
-        if (own_port == port) {
-            ++count;
-        } else if (node.IsName(Platform)) {
-            for (const RVT_Node& console : ElementsEvenDeleted(node, Console)) {
-                count += HasProperty(console, PortProp, port) ? 1 : 0;
-            }
-        }
+    for (const RVT_Node& console : ElementsEvenDeleted(platform, tag::Console)) {
+        count += GetPropertyValue(console, Property::kPort) == port ? 1 : 0;
     }
     return count;
 }
 
-bool IsDuplicatePortWithinAddress(std::string_view address, std::string_view port) {
-    return GetCountOfConsolesWithAddress(address, port) != 0;
+int GetCountOfConsolesWithAddress(const RVT_Node& map, std::string_view address,
+                                  std::string_view port) {
+    int count = 0;
+    for (const RVT_Node& node : ElementsEvenDeleted(map, tag::Platform, tag::Console)) {
+        if (GetPropertyValue(node, Property::kAddress) != address) {
+            continue;
+        }
+        const auto own_port = GetPropertyValue(node, Property::kPort);
+        if (own_port == port) {
+            ++count;
+        } else if (own_port && node.IsName(tag::Platform)) {
+            count += CountConsolesWithPort(node, port);
+        }
+    }
+    return count;
 }

@@ -1,5 +1,5 @@
-// Which names, addresses and ports the map uses already. Elements count also when the run has
-// removed them; an element that lacks the property in question is passed over.
+// Which names, addresses and ports a map uses already, found by walking it. Elements count also
+// when the command has removed them; an element that lacks the property in question is passed over.
 #pragma once
 
 #include <string>
@@ -8,11 +8,9 @@
 
 #include "xml/rvt_node.h"
 
-// How many platforms and consoles, standalone or inside platforms, are called "name", letter case
-// ignored. A platform without a name is passed over with its consoles. 21 when there is no root
-// element, which reads as taken.
-int GetCountOfConsolesWithName(std::string_view name);
-bool IsDuplicateName(std::string_view name);
+// How many platforms and consoles of "map", standalone or inside platforms, are called "name",
+// letter case ignored. A platform without a name is passed over with its consoles.
+int GetCountOfConsolesWithName(const RVT_Node& map, std::string_view name);
 
 // The same counts for a caller that puts prefixes "P-" before many names. Names are kept by what
 // stands behind their prefixes, so that a name that thousands have costs no more than thousands of
@@ -39,9 +37,9 @@ class NameIndex {
 };
 
 // Whether a platform or standalone console other than "node" (null for none) has "address".
-bool IsDuplicateAddress(const RVT_Node* node, std::string_view address);
+bool IsDuplicateAddress(const RVT_Node& map, const RVT_Node* node, std::string_view address);
 
 // How many use "port" at "address": a platform or standalone console there by its own port, or, at
-// a platform whose own port is another, each of its consoles. 0 when there is no root element.
-int GetCountOfConsolesWithAddress(std::string_view address, std::string_view port);
-bool IsDuplicatePortWithinAddress(std::string_view address, std::string_view port);
+// a platform whose own port is another, each of its consoles.
+int GetCountOfConsolesWithAddress(const RVT_Node& map, std::string_view address,
+                                  std::string_view port);

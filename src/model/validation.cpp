@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "base/calls.h"
-#include "base/error.h"
+#include "base/complaints.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "base/text.h"
@@ -137,11 +137,9 @@ static bool FieldIs(std::string_view rest, std::string_view wanted, std::string_
            std::min(rest.find_first_of(ends), rest.size()) == wanted.size();
 }
 
-// The content of a reference file, valid until the next call; empty, and reported, when it cannot
-// be read.
-static std::string_view ReadReferenceFile(const char* path) {
-    static std::string text;
-    text.clear();
+// The content of a reference file; empty, and reported, when it cannot be read.
+static std::string ReadReferenceFile(const char* path) {
+    std::string text;
     const FileDescriptor file = OpenForReading(path);
     if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
         Complain(std::string("cannot open ") + path + " : " + strerror(errno) + "\n");
@@ -154,7 +152,8 @@ static std::string_view ReadReferenceFile(const char* path) {
 // for a last one that lacks it.
 template <typename Matches>
 static bool HasLine(const char* path, Matches matches) {
-    std::string_view rest = ReadReferenceFile(path);
+    const std::string text = ReadReferenceFile(path);
+    std::string_view rest = text;
     while (!rest.empty()) {
         const std::string_view line = TakeLine(rest);
         if (!IsSkipped(line) && matches(line)) {

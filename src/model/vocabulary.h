@@ -1,4 +1,5 @@
-// The names of the system map, used by every module in place of literals.
+// The names of the system map, used by every module in place of literals. Those of properties stand
+// in the table of properties.
 //
 //     <SystemMap serial="8" security="false" version="3.0">
 //         <Platform ID="7">
@@ -15,13 +16,14 @@
 #include <string_view>
 
 // Elements.
+namespace tag {
 inline constexpr std::string_view SystemMap = "SystemMap";
 inline constexpr std::string_view Platform = "Platform";
 inline constexpr std::string_view Console = "Console";
-inline constexpr std::string_view State = "State";
 inline constexpr std::string_view PropertyMap = "PropertyMap";
 inline constexpr std::string_view Property = "Property";
 inline constexpr std::string_view Cache = "Cache";
+}  // namespace tag
 
 // Attributes.
 inline constexpr std::string_view ID_tag = "ID";
@@ -33,29 +35,7 @@ inline constexpr std::string_view serial_tag = "serial";
 inline constexpr std::string_view security_tag = "security";
 inline constexpr std::string_view version_tag = "version";
 
-// Properties.
-inline constexpr std::string_view NameProp = "Name";
-inline constexpr std::string_view AddrProp = "Address";
-inline constexpr std::string_view PortProp = "Port Number";
-inline constexpr std::string_view TypeProp = "Type";
-inline constexpr std::string_view ModelProp = "Model";
-inline constexpr std::string_view DescProp = "Description";
-inline constexpr std::string_view TemplateProp = "Template";
-inline constexpr std::string_view LoggingProp = "Logging Enabled";
-inline constexpr std::string_view EventsProp = "Events Enabled";
-inline constexpr std::string_view EnableProp = "Enable";
-inline constexpr std::string_view EventFileProp = "Event File";
-inline constexpr std::string_view MappedPortProp = "Mapped Port";
-inline constexpr std::string_view AuthProp = "Auth Enabled";
-inline constexpr std::string_view FTSPProp = "First TS Port";
-inline constexpr std::string_view LTSPProp = "Last TS Port";
-inline constexpr std::string_view ConnProp = "Conn";        // older maps
-inline constexpr std::string_view ConsoleProp = "Console";  // older maps
-
 // Values.
-inline constexpr std::string_view NAT_Box = "NAT";
-inline constexpr std::string_view TerminalServer = "TS";
-inline constexpr std::string_view DefaultEventFile;  // empty
 inline constexpr std::string_view systemmap_version = "3.0";
 inline constexpr std::string_view unknown_value = "Unknown";  // a model or OS type not known
 

@@ -12,7 +12,6 @@
 #include <string>
 
 #include "base/calls.h"
-#include "base/error.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "translog/shell_text.h"
@@ -23,31 +22,13 @@ static constexpr off_t kRotationSize = 1048576;
 // Room for what follows the command in the largest entry: an error message of nothing but line
 // ends, each with the four bytes that begin a comment line, a notification's error block and the
 // lines of the exit code.
-static constexpr size_t kLargestEnding = 5 * size_t{kErrorMessageSize} + 1024;
+static constexpr size_t kLargestEnding = 5 * kLongestMessage + 1024;
 
 // A write of more bytes than this may be cut by a kill.
 static constexpr size_t kLargestWrite = 65536;
 
-namespace {
-
-// The entry of this run. It has the memory for its largest ending from the start, so that a run
-// that has changed something is recorded without needing more.
-struct Entry {
-    std::string head;    // banner, command and here-document
-    std::string notice;  // error block of a failed notification
-    std::string ending;  // notice and exit code as they stand in the log; empty until they do
-};
-
-// Open from the start of the run until the entry is appended.
-OpenedFile log_file;
-Entry entry;
-bool is_begun = false;     // the log could be opened
-bool is_appended = false;  // the entry stands in it, or is lost
-
-}  // namespace
-
-static ExitCode WriteFailure() {
-    return Fail(ExitCode::kWriteFailed, "Write failed for %s", paths::kLog);
+static Outcome WriteFailure() {
+    return Failure(ExitCode::kWriteFailed, "Write failed for %s", paths::kLog);
 }
 
 // Takes the log's lock, which is released when the file is closed. A log that cannot be locked is
@@ -62,9 +43,10 @@ static bool IsTooLarge(off_t size) {
 }
 
 // Opens the log, which is created where it is missing.
-static ExitCode OpenLog(OpenedFile& log) {
-    log = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0660);
-    return log.fd.IsOpen() ? log.given : Fail(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
+Outcome TransactionLog::OpenLog() {
+    file_ = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0660);
+    return file_.fd.IsOpen() ? file_.given
+                             : Failure(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
 }
 
 // Moves a log that has grown too large to the name of its previous generation. The size is looked
@@ -83,27 +65,21 @@ static constexpr off_t kPlainEnding = 256;
 
 // Whether the entry may be appended under the process's limit on the size of files, which
 // reserving room does not look at on every file system.
-static bool IsWithinLimit() {
+bool TransactionLog::IsWithinLimit() const {
     struct rlimit limit {};
-    const off_t size =
-        SizeOf(log_file.fd.get()) + static_cast<off_t>(entry.head.size()) + kPlainEnding;
+    const off_t size = SizeOf(file_.fd.get()) + static_cast<off_t>(entry_.size()) + kPlainEnding;
     return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
            static_cast<rlim_t>(size) <= limit.rlim_cur;
 }
 
-// Reserves room behind the end of the log for the entry with its largest ending.
-static bool HasRoomForEntry() {
-    const size_t size = entry.head.size() + kLargestEnding;
-    return IsWithinLimit() && ReserveBehindEnd(log_file.fd.get(), static_cast<off_t>(size));
-}
-
-// A command that is refused for want of room leaves the ending of its entry alone, so that no
-// replay repeats it.
-static ExitCode RefuseUnlessRoom() {
-    if (HasRoomForEntry()) {
-        return ExitCode::kOk;
+// Reserves room behind the end of the log for the entry with its largest ending. A command that is
+// refused for want of room leaves the ending of its entry alone, so that no replay repeats it.
+Outcome TransactionLog::RefuseUnlessRoom() {
+    const auto size = static_cast<off_t>(entry_.size() + kLargestEnding);
+    if (IsWithinLimit() && ReserveBehindEnd(file_.fd.get(), size)) {
+        return {};
     }
-    entry.head.clear();
+    entry_.clear();
     return WriteFailure();
 }
 
@@ -121,58 +97,56 @@ static std::string Banner() {
     return rule + "\n# Time: " + stamp.data() + "\n" + rule + "\n\n";
 }
 
-ExitCode LogCommandLine(int argc, char** argv) {
-    ExitCode code = OpenLog(log_file);
-    if (code == ExitCode::kOk && IsTooLarge(SizeOf(log_file.fd.get()))) {
-        RotateLog(log_file);
-        code = OpenLog(log_file);
+Outcome TransactionLog::LogCommandLine(std::span<const char* const> words) {
+    Outcome opened = OpenLog();
+    if (opened.ok() && IsTooLarge(SizeOf(file_.fd.get()))) {
+        RotateLog(file_);
+        opened = OpenLog();
     }
-    is_begun = log_file.fd.IsOpen();
-    if (code != ExitCode::kOk) {
-        return code;
+    is_begun_ = file_.fd.IsOpen();
+    if (!opened.ok()) {
+        return opened;
     }
-    std::string& head = entry.head;
-    head = Banner();
-    for (int i = 0; i < argc; ++i) {
-        head += ShellWord(argv[i], i == 0) + ' ';
+    entry_ = Banner();
+    for (const char* const& word : words) {
+        entry_ += ShellWord(word, &word == &words.front()) + ' ';
     }
-    head += "\n\n";
-    head.reserve(head.size() + kLargestEnding);
+    entry_ += "\n\n";
+    entry_.reserve(entry_.size() + kLargestEnding);
     return RefuseUnlessRoom();
 }
 
-ExitCode LogStdIn(std::string_view input) {
-    if (!is_begun) {
-        return ExitCode::kOk;
+Outcome TransactionLog::LogStdIn(std::string_view input) {
+    if (!is_begun_) {
+        return {};
     }
-    std::string& head = entry.head;
     // Every byte of the input may need a backslash.
-    head.reserve(head.size() + 2 * input.size() + kLargestEnding);
-    head.resize(head.find_last_not_of('\n') + 1);
-    AppendHereDocument(input, head);
-    head += '\n';
+    entry_.reserve(entry_.size() + 2 * input.size() + kLargestEnding);
+    entry_.resize(entry_.find_last_not_of('\n') + 1);
+    AppendHereDocument(input, entry_);
+    entry_ += '\n';
     return RefuseUnlessRoom();
 }
 
 // "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
-static std::string ErrorBlock(const char* message) {
+static std::string ErrorBlock(std::string_view message) {
     static constexpr std::string_view kLineStart = "#   ";
     std::string block = "# ERROR MESSAGE:\n";
     block += kLineStart;
-    for (const char* c = message; *c != '\0'; ++c) {
-        block += *c;
-        if (*c == '\n') {
+    for (const char c : message) {
+        block += c;
+        if (c == '\n') {
             block += kLineStart;
         }
     }
     return block + "\n\n";
 }
 
-static std::string Ending(ExitCode code) {
-    const std::string number = std::to_string(Number(code));
-    return entry.notice + "echo \"Recorded Exit Code = " + number +
+std::string TransactionLog::Ending(const Outcome& outcome) const {
+    const std::string number = std::to_string(Number(outcome.code()));
+    return notice_ + "echo \"Recorded Exit Code = " + number +
            ", This Exit Code = $?\"\n\n# EXIT CODE: " + number + "\n" +
-           (code == ExitCode::kOk ? "\n" : ErrorBlock(rvt_err_msg));
+           (outcome.ok() ? "\n" : ErrorBlock(outcome.message()));
 }
 
 // Replaces a log, whose lock is held, by what "write" writes to the descriptor that it is given:
@@ -180,7 +154,7 @@ static std::string Ending(ExitCode code) {
 template <typename Write>
 static bool ReplaceLog(const OpenedFile& log, Write write) {
     struct stat status {};
-    Replacement next(log.place, ".new");
+    Replacement next(log.entry, ".new");
     if (!next.Create(0600)) {
         return false;
     }
@@ -215,19 +189,16 @@ static constexpr int kMostChanges = 100;
 
 // Appends the entry to the file that bears the log's name once its lock is held: another run may
 // have moved the one that this run opened.
-static bool AppendEntry(const std::string& ending) {
-    entry.head += ending;
-    bool appended = false;
-    for (int i = 0; i < kMostChanges && log_file.fd.IsOpen(); ++i) {
-        LockLog(log_file);
-        if (IsSameFile(log_file.fd.get(), paths::kLog)) {
-            appended = AppendToLocked(log_file, entry.head);
+void TransactionLog::AppendEntry() {
+    for (int i = 0; i < kMostChanges && file_.fd.IsOpen(); ++i) {
+        LockLog(file_);
+        if (IsSameFile(file_.fd.get(), paths::kLog)) {
+            static_cast<void>(AppendToLocked(file_, entry_));
             break;
         }
-        static_cast<void>(OpenLog(log_file));
+        static_cast<void>(OpenLog());
     }
-    log_file = {};
-    return appended;
+    file_ = {};
 }
 
 // Puts "changed" in the place of the text "present" in one generation of the log. False when it is
@@ -255,34 +226,33 @@ static bool AmendIn(const char* path, const std::string& present, const std::str
 }
 
 // Puts "ending" in the place of the one that the entry was appended with, wherever it is by now.
-static bool AmendEntry(const std::string& ending) {
-    const std::string present = entry.head;
-    const size_t kept = present.size() - entry.ending.size();
-    const std::string changed = present.substr(0, kept) + ending;
-    entry.head = changed;
-    return AmendIn(paths::kLog, present, changed) || AmendIn(paths::kOldLog, present, changed);
-}
-
-// Brings the log up to date with the run's "code". What cannot be written is lost.
-static bool RecordEntry(ExitCode code) {
-    const std::string ending = Ending(code);
-    const bool recorded =
-        !is_appended ? AppendEntry(ending) : ending == entry.ending || AmendEntry(ending);
-    is_appended = true;
-    entry.ending = ending;
-    return recorded;
-}
-
-void PutMsg(const char* message) {
-    if (is_begun) {
-        entry.notice += ErrorBlock(message);
-        if (is_appended) {
-            // A notification follows success alone.
-            static_cast<void>(RecordEntry(ExitCode::kOk));
-        }
+void TransactionLog::AmendEntry(const std::string& ending) {
+    const std::string present = entry_;
+    entry_.replace(entry_.size() - ending_size_, ending_size_, ending);
+    if (!AmendIn(paths::kLog, present, entry_)) {
+        static_cast<void>(AmendIn(paths::kOldLog, present, entry_));
     }
 }
 
-ExitCode PutExitCode(ExitCode code) {
-    return !is_begun || RecordEntry(code) ? ExitCode::kOk : ExitCode::kWriteFailed;
+void TransactionLog::PutMsg(std::string_view message) {
+    notice_ += ErrorBlock(message);
+    if (is_appended_) {
+        // A notification follows success alone.
+        PutExitCode({});
+    }
+}
+
+void TransactionLog::PutExitCode(const Outcome& outcome) {
+    const std::string ending = Ending(outcome);
+    if (!is_begun_ || (is_appended_ && entry_.ends_with(ending))) {
+        return;
+    }
+    if (is_appended_) {
+        AmendEntry(ending);
+    } else {
+        entry_ += ending;
+        AppendEntry();
+    }
+    is_appended_ = true;
+    ending_size_ = ending.size();
 }

@@ -18,34 +18,55 @@
 // block). Captured standard input follows the command as a here-document, "... <<EOF". A failed web
 // notification puts its error block before the echo line. A log of more than 1 MiB is moved to
 // tqsmgr.log.old when a run begins.
-//
-// While no log is open, LogStdIn, PutMsg and PutExitCode do nothing.
 #pragma once
 
-#include <cstddef>
+#include <span>
+#include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
+#include "base/files.h"
+#include "base/outcome.h"
 
-// Opens the log, rotating or creating it where due, begins the entry with the time and the words
-// of "argv" (argv[0] included), and reserves room on the disk for the largest entry that the run
-// can make, so that a run that cannot be recorded changes nothing. Called once, first in a run.
-// kCannotOpen "Cannot open %s"; kWriteFailed with the system's text when a new log cannot be given
-// its group or mode, or "Write failed for %s" when there is no room.
-ExitCode LogCommandLine(int argc, char** argv);
+// The entry of one run. While no log could be opened, all but the first do nothing.
+class TransactionLog {
+  public:
+    // Opens the log, rotating or creating it where due, begins the entry with the time and "words",
+    // the program's own first, and reserves room on the disk for the largest entry that the run can
+    // make, so that a run that cannot be recorded changes nothing. kCannotOpen "Cannot open %s";
+    // kWriteFailed with the system's text when a new log cannot be given its group or mode, or
+    // "Write failed for %s" when there is no room.
+    Outcome LogCommandLine(std::span<const char* const> words);
 
-// Adds "input", the standard input that the run has captured, to the command as a here-document.
-// kWriteFailed "Write failed for %s" when there is no room for it.
-ExitCode LogStdIn(std::string_view input);
+    // Adds "input", the standard input that the run has captured, to the command as a
+    // here-document. kWriteFailed "Write failed for %s" when there is no room for it.
+    Outcome LogStdIn(std::string_view input);
 
-// Adds an error block with "message" to the entry. If the entry stands in the log already, it is
-// put into it there.
-void PutMsg(const char* message);
+    // Adds an error block with "message" to the entry. If the entry stands in the log already, it
+    // is put into it there.
+    void PutMsg(std::string_view message);
 
-// Ends the entry with "code" (and rvt_err_msg, unless the code is 0) and appends it to the log. If
-// it stands there already, its end is replaced. kWriteFailed "Write failed for %s"; the log is then
-// as it was.
-ExitCode PutExitCode(ExitCode code);
+    // Ends the entry with the run's code, and the message of a failure, and appends it to the log.
+    // If it stands there already, its end is replaced. What cannot be written is lost; the log is
+    // then as it was.
+    void PutExitCode(const Outcome& outcome);
+
+  private:
+    Outcome OpenLog();
+    Outcome RefuseUnlessRoom();
+    [[nodiscard]] bool IsWithinLimit() const;
+    [[nodiscard]] std::string Ending(const Outcome& outcome) const;
+    void AppendEntry();
+    void AmendEntry(const std::string& ending);
+
+    OpenedFile file_;           // from the start of the run until the entry is appended
+    bool is_begun_ = false;     // the log could be opened
+    bool is_appended_ = false;  // the entry stands in it, or is lost
+    std::string entry_;   // banner, command and here-document, then also what follows; it has the
+                          // memory for its largest ending from the start, so that a run that has
+                          // changed something is recorded without needing more
+    std::string notice_;  // error block of a failed notification
+    size_t ending_size_ = 0;  // of notice and exit code at the end of the entry
+};
 
 // Fills "buffer" of "size" bytes with the local time as "11/16/2026 19:00:05" and returns the
 // length written, 0 when it does not fit.

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <new>
 #include <xercesc/internal/XMLReader.hpp>
+#include <xercesc/util/OutOfMemoryException.hpp>
 
 #include "base/arena.h"
 
@@ -19,25 +20,23 @@ static bool IsReader(size_t size) {
     return size >= sizeof(xercesc::XMLReader) && size < sizeof(xercesc::XMLReader) + kHeader;
 }
 
-void LibraryMemory::Begin(DocumentInfo& info) {
+void LibraryMemory::Begin(Reading& reading) {
     constexpr size_t kReserve = size_t{64} << 10;
-    info_ = &info;
+    reading_ = &reading;
     readers_ = 0;
-    limit_ = info.rules == DocumentRules::kForeign
-                 ? held_ + kMostForAnyDocument + kMostForEachByte * info.size
+    limit_ = reading.rules == DocumentRules::kForeign
+                 ? held_ + kMostForAnyDocument + kMostForEachByte * reading.size
                  : SIZE_MAX;
     if (reserve_ == nullptr) {
-        reserve_.reset(new (std::nothrow) std::byte[kReserve]);
-        if (reserve_ == nullptr) {
-            EndRun();
-        }
+        reserve_ = std::make_unique<std::byte[]>(kReserve);
     }
 }
 
-void LibraryMemory::EndRun(const char* why) {
+void LibraryMemory::Fail(const char* why) {
     reserve_.reset();
-    info_->locator = nullptr;
-    MyContentHandler::Refuse(*info_, why);
+    limit_ = SIZE_MAX;
+    reading_->locator = nullptr;
+    reading_->Fail(why);
 }
 
 std::byte* LibraryMemory::AllocateFromArena(size_t size) {
@@ -55,7 +54,8 @@ std::byte* LibraryMemory::AllocateFromArena(size_t size) {
 void* LibraryMemory::AllocateFromHeap(size_t size) {
     void* memory = held_ > limit_ || size > limit_ - held_ ? nullptr : malloc(size);
     if (memory == nullptr) {
-        EndRun();
+        Fail();
+        throw xercesc::OutOfMemoryException();
     }
     held_ += malloc_usable_size(memory);
     return memory;
@@ -63,12 +63,14 @@ void* LibraryMemory::AllocateFromHeap(size_t size) {
 
 void* LibraryMemory::allocate(XMLSize_t size) {
     if (IsReader(size) && ++readers_ > kMostReaders) {
-        EndRun("too many entity expansions");
+        Fail("too many entity expansions");
+        throw xercesc::OutOfMemoryException();
     }
     try {
         return size > kFromArena - used_ ? AllocateFromHeap(size) : AllocateFromArena(size);
     } catch (const std::bad_alloc&) {
-        EndRun();
+        Fail();
+        throw xercesc::OutOfMemoryException();
     }
 }
 

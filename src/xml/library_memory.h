@@ -27,25 +27,25 @@ class LibraryMemory : public xercesc::MemoryManager {
     static constexpr size_t kMostForAnyDocument = size_t{64} << 20;
     static constexpr size_t kMostForEachByte = 32;
 
-    // Begins to count anew, for the next document, which must outlive its reading.
-    void Begin(DocumentInfo& info);
+    // Begins to count anew, for the next document, which must stay until it is read.
+    void Begin(Reading& reading);
 
     // Memory for the library. Where there is none, or no more for this document, or too many
-    // readers are asked for, the run ends here: the library also asks in its destructors, and where
-    // it takes any exception for something else.
+    // readers are asked for, the reading has failed, and the library's OutOfMemoryException is
+    // thrown. What the library then asks for to clean up, in destructors, it gets without a limit.
     void* allocate(XMLSize_t size) override;
     void deallocate(void* memory) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override { return this; }
 
-    // Ends the run as the reader does, for lack of memory or "why", with no place in the document:
+    // Notes that the reading has failed for lack of memory or "why", with no place in the document:
     // the parser may be in the middle of anything.
-    [[noreturn]] void EndRun(const char* why = "out of memory");
+    void Fail(const char* why = "out of memory");
 
   private:
     std::byte* AllocateFromArena(size_t size);
     void* AllocateFromHeap(size_t size);
 
-    DocumentInfo* info_ = nullptr;
+    Reading* reading_ = nullptr;
     std::byte* block_ = nullptr;
     size_t used_ = 0;
     size_t readers_ = 0;

@@ -12,8 +12,10 @@ namespace {
 struct NameHash : std::hash<std::string_view> {};
 
 struct Names {
-    std::vector<std::string_view> texts = {""};
-    std::unordered_map<std::string_view, NameId, NameHash> ids = {{"", 0}};
+    // In the order of the ids that the header gives.
+    std::vector<std::string_view> texts = {"", "xmlns", "name", "value"};
+    std::unordered_map<std::string_view, NameId, NameHash> ids = {
+        {"", 0}, {"xmlns", kXmlnsId}, {"name", kNameId}, {"value", kValueId}};
 };
 
 Names names;

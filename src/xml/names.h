@@ -7,6 +7,11 @@
 
 using NameId = uint32_t;
 
+// Names that are looked for at every element have ids of their own.
+inline constexpr NameId kXmlnsId = 1;
+inline constexpr NameId kNameId = 2;
+inline constexpr NameId kValueId = 3;
+
 // The id of "name", the same for the same text during the whole run. The empty name is 0.
 NameId InternName(std::string_view name);
 

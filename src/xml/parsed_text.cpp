@@ -54,8 +54,20 @@ struct ValueSlot {
 
 constexpr size_t kLongSlots = 64;
 constexpr size_t kValueSlots = 1024;
-std::array<ValueSlot, kValueSlots> values_seen;
-std::array<const char*, kLongSlots> long_values_seen;
+
+// Names come in the same orders over and over, so the two that followed a name before are tried
+// first.
+struct Followers {
+    NameId likely = 0;
+    NameId other = 0;
+};
+
+struct {
+    std::array<ValueSlot, kValueSlots> values = {};
+    std::array<const char*, kLongSlots> long_values = {};
+    std::vector<Followers> followers = {{}};  // by name
+    NameId last_name = 0;
+} seen;
 
 // Whether "kept" is the plain text "wide".
 bool IsSame(const char* kept, const char16_t* wide) {
@@ -68,9 +80,9 @@ bool IsSame(const char* kept, const char16_t* wide) {
 
 const char* KeepLong(const char16_t* value, uint64_t hash) {
     const std::u16string_view wide(value);
-    const char*& seen = long_values_seen[hash % kLongSlots];
-    if (seen != nullptr && IsSame(seen, value)) {
-        return seen;
+    const char*& known = seen.long_values[hash % kLongSlots];
+    if (known != nullptr && IsSame(known, value)) {
+        return known;
     }
     size_t plain = 0;
     while (plain < wide.size() && wide[plain] < 0x80) {
@@ -83,33 +95,25 @@ const char* KeepLong(const char16_t* value, uint64_t hash) {
     for (size_t i = 0; i < plain; ++i) {
         text[i] = static_cast<char>(wide[i]);
     }
-    seen = text;
+    known = text;
     return text;
 }
 
 }  // namespace
 
-// Names come in the same orders over and over, so the two that followed the last name before are
-// tried first.
 NameId ParsedName(const char16_t* name) {
-    struct Followers {
-        NameId likely = 0;
-        NameId other = 0;
-    };
-    static std::vector<Followers> followers = {{}};
-    static NameId last = 0;
-    auto& [likely, other] = followers[last];
+    auto& [likely, other] = seen.followers[seen.last_name];
     if (!IsSame(NameText(likely).data(), name)) {
         std::swap(likely, other);
         if (!IsSame(NameText(likely).data(), name)) {
             likely = InternName(ToUtf8(name));
         }
     }
-    last = likely;
-    if (followers.size() <= last) {
-        followers.resize(last + 1);
+    seen.last_name = likely;
+    if (seen.followers.size() <= seen.last_name) {
+        seen.followers.resize(seen.last_name + 1);
     }
-    return last;
+    return seen.last_name;
 }
 
 const char* ParsedValue(const char16_t* value) {
@@ -118,7 +122,7 @@ const char* ParsedValue(const char16_t* value) {
     if (text.length > kShort) {
         return KeepLong(value, hash);
     }
-    auto& [words, kept] = values_seen[hash % kValueSlots];
+    auto& [words, kept] = seen.values[hash % kValueSlots];
     if (kept == nullptr || words != text.words) {
         std::array<char, kShort> plain;
         memcpy(plain.data(), text.words.data(), kShort);

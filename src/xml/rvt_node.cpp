@@ -5,8 +5,6 @@
 
 #include "base/arena.h"
 
-RVT_XML_Tree rvt_xml_tree;
-
 // Any node but an attribute.
 struct RVT_Node::Listed : RVT_Node {
     explicit Listed(RVT_NODE_TYPE type) {

@@ -130,6 +130,3 @@ class RVT_XML_Tree {
   private:
     RVT_Node_List nodes_;
 };
-
-// The system map of this run.
-extern RVT_XML_Tree rvt_xml_tree;

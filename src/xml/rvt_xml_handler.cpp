@@ -11,31 +11,16 @@
 #include <xercesc/validators/common/ContentSpecNode.hpp>
 
 #include "base/calls.h"
-#include "base/error.h"
+#include "base/complaints.h"
 #include "base/text.h"
-#include "run/rvt_exit.h"
 #include "xml/file_source.h"
 #include "xml/parsed_text.h"
 
-static RVT_XML_Tree* __xml_tree = nullptr;
-static RVT_Node_Stack __node_stack;
-
-void SetXMLTree(RVT_XML_Tree* tree) {
-    __xml_tree = tree;
-    __node_stack.Reset();
-}
-
-// Without a tree, a document is only checked: open elements are counted and nothing is kept.
-static bool KeepsNodes() {
-    return __xml_tree != nullptr;
-}
-
-// Appends a finished node to the innermost open element, or to the document.
-static void AppendToOpenElement(RVT_Node* node) {
-    if (__node_stack.IsEmpty()) {
-        __xml_tree->AddChild(node);
+void Reading::Append(RVT_Node* node) {
+    if (open_elements.IsEmpty()) {
+        tree->AddChild(node);
     } else {
-        __node_stack.Peek()->AddChild(node);
+        open_elements.Peek()->AddChild(node);
     }
 }
 
@@ -43,20 +28,19 @@ static void AppendToOpenElement(RVT_Node* node) {
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
 // become a declaration.
 void MyContentHandler::CheckName(const RVT_Node& element, NameId name) {
-    static const NameId kXmlns = InternName("xmlns");
-    if (name == kXmlns) {
-        Refuse(info_, "attribute with the local name 'xmlns' is not allowed");
+    if (name == kXmlnsId) {
+        Refuse(reading_, "attribute with the local name 'xmlns' is not allowed");
     }
-    if (info_.rules != DocumentRules::kMap) {
+    if (reading_.rules != DocumentRules::kMap) {
         return;
     }
     if (bearers_.size() <= name) {
         bearers_.resize(name + 1, nullptr);
     }
     if (bearers_[name] == &element) {
-        Refuse(info_, "attribute '" + std::string(NameText(name)) +
-                          "' is already specified for element '" + std::string(element.GetName()) +
-                          "'");
+        Refuse(reading_, "attribute '" + std::string(NameText(name)) +
+                             "' is already specified for element '" +
+                             std::string(element.GetName()) + "'");
     }
     bearers_[name] = &element;
 }
@@ -65,10 +49,10 @@ void MyContentHandler::CheckName(const RVT_Node& element, NameId name) {
 // times.
 void MyContentHandler::CheckGrowth(const char* value) {
     static constexpr size_t kGrowth = size_t{64} << 20;
-    if (info_.rules == DocumentRules::kForeign) {
+    if (reading_.rules == DocumentRules::kForeign) {
         value_bytes_ += strlen(value);
-        if (value_bytes_ > info_.size + kGrowth) {
-            Refuse(info_, "the attribute values grow too large");
+        if (value_bytes_ > reading_.size + kGrowth) {
+            Refuse(reading_, "the attribute values grow too large");
         }
     }
 }
@@ -91,78 +75,108 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
     return element;
 }
 
+// A document nested too deep has its own text and code, and no message.
+[[noreturn]] static void LeaveForStack(Reading& reading, const char* text) {
+    Complain(text);
+    reading.failure = Outcome(ExitCode::kNodeStack, "");
+    throw ReadingFailed();
+}
+
 void MyContentHandler::startElement(const XMLCh*, const XMLCh* localname, const XMLCh*,
                                     const xercesc::Attributes& attributes) {
-    __node_stack.Push(KeepsNodes() ? NewElement(localname, attributes) : nullptr);
+    // A document that is only checked is not kept, but its open elements are counted.
+    RVT_Node* element = reading_.tree == nullptr ? nullptr : NewElement(localname, attributes);
+    if (!reading_.open_elements.Push(element)) {
+        LeaveForStack(reading_, "RVT_Node_Stack::Push(): stack overflow\n");
+    }
 }
 
 void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
-    RVT_Node* element = __node_stack.Pop();
-    if (KeepsNodes()) {
-        AppendToOpenElement(element);
+    RVT_Node* element = reading_.open_elements.Peek();
+    if (!reading_.open_elements.Pop()) {
+        LeaveForStack(reading_, "RVT_Node_Stack::Pop(): stack underflow\n");
+    }
+    if (element != nullptr) {
+        reading_.Append(element);
     }
 }
 
 // The file that an error is in. The document itself is named by its bytes, which its system
 // identifier may not be able to hold.
-static std::string FileOf(const XMLCh* system_id, const DocumentInfo& info) {
-    if (system_id == nullptr || *system_id == 0 || system_id == ToUtf16(info.path)) {
-        return info.path;
+static std::string FileOf(const XMLCh* system_id, const Reading& reading) {
+    if (system_id == nullptr || *system_id == 0 || system_id == ToUtf16(reading.path)) {
+        return reading.path;
     }
     return ToUtf8(system_id);
 }
 
-[[noreturn]] static void EndRun(const char* format_word, const std::string& file, XMLFileLoc line,
-                                XMLFileLoc column, const std::string& text) {
-    RVTExit(Fail(ExitCode::kNotWellFormed, "%s at file %s, line %llu, char %llu.\n   %s",
-                 format_word, file.c_str(), static_cast<unsigned long long>(line),
-                 static_cast<unsigned long long>(column), text.c_str()));
+// "error" for one of validation.
+static Outcome NotWellFormed(const char* error, const std::string& file, XMLFileLoc line,
+                             XMLFileLoc column, const std::string& text) {
+    return Failure(ExitCode::kNotWellFormed, "%s at file %s, line %llu, char %llu.\n   %s", error,
+                   file.c_str(), static_cast<unsigned long long>(line),
+                   static_cast<unsigned long long>(column), text.c_str());
 }
 
-void MyContentHandler::Refuse(const DocumentInfo& info, const std::string& text) {
-    const xercesc::Locator* at = info.locator;
-    EndRun("Error", at == nullptr ? info.path : FileOf(at->getSystemId(), info),
-           at == nullptr ? 0 : at->getLineNumber(), at == nullptr ? 0 : at->getColumnNumber(),
-           text);
+void Reading::Fail(const std::string& text) {
+    if (failure.ok()) {
+        failure = locator == nullptr
+                      ? NotWellFormed("Error", path, 0, 0, text)
+                      : NotWellFormed("Error", FileOf(locator->getSystemId(), *this),
+                                      locator->getLineNumber(), locator->getColumnNumber(), text);
+    }
+}
+
+void Refuse(Reading& reading, const std::string& text) {
+    reading.Fail(text);
+    throw ReadingFailed();
+}
+
+[[noreturn]] static void Refuse(Reading& reading, const char* error,
+                                const xercesc::SAXParseException& exception) {
+    if (reading.failure.ok()) {
+        reading.failure = NotWellFormed(error, FileOf(exception.getSystemId(), reading),
+                                        exception.getLineNumber(), exception.getColumnNumber(),
+                                        ToUtf8(exception.getMessage()));
+    }
+    throw ReadingFailed();
 }
 
 void MyContentHandler::error(const xercesc::SAXParseException& exception) {
-    EndRun("error", FileOf(exception.getSystemId(), info_), exception.getLineNumber(),
-           exception.getColumnNumber(), ToUtf8(exception.getMessage()));
+    Refuse(reading_, "error", exception);
 }
 
 void MyContentHandler::fatalError(const xercesc::SAXParseException& exception) {
-    EndRun("Error", FileOf(exception.getSystemId(), info_), exception.getLineNumber(),
-           exception.getColumnNumber(), ToUtf8(exception.getMessage()));
+    Refuse(reading_, "Error", exception);
 }
 
 void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
-    Complain("\nWarning at file " + FileOf(exception.getSystemId(), info_) + ", line " +
+    Complain("\nWarning at file " + FileOf(exception.getSystemId(), reading_) + ", line " +
              std::to_string(exception.getLineNumber()) + ", char " +
              std::to_string(exception.getColumnNumber()) +
              "\n  Message: " + ToUtf8(exception.getMessage()) + "\n");
 }
 
 void MyLexicalHandler::comment(const XMLCh* text, XMLSize_t length) {
-    if (!KeepsNodes()) {
+    if (reading_.tree == nullptr) {
         return;
     }
     RVT_Node* comment = RVT_Node::Create(RVT_COMMENT);
     std::string utf8;
     AppendUtf8({text, length}, utf8);
     comment->SetValue(utf8);
-    AppendToOpenElement(comment);
+    reading_.Append(comment);
 }
 
 void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
                                    const XMLCh* standalone, const XMLCh*) {
-    if (!KeepsNodes()) {
+    if (reading_.tree == nullptr) {
         return;
     }
     // The parser takes whatever begins with "1.", also what could not be written back as it is.
     if (version != nullptr &&
         std::u16string_view(version).find_first_not_of(u"0123456789.") != std::u16string::npos) {
-        MyContentHandler::Refuse(info_, "unsupported XML version '" + ToUtf8(version) + "'");
+        Refuse(reading_, "unsupported XML version '" + ToUtf8(version) + "'");
     }
     RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
     const auto add = [declaration](std::string_view name, const XMLCh* text) {
@@ -175,7 +189,7 @@ void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
     add("version", version);
     add("encoding", encoding);
     add("standalone", standalone);
-    __xml_tree->AddChild(declaration);
+    reading_.tree->AddChild(declaration);
 }
 
 static size_t CharactersIn(std::u16string_view text) {
@@ -185,25 +199,23 @@ static size_t CharactersIn(std::u16string_view text) {
 }
 
 // Refuses the text of an entity or default, called "what" in the message, that is too long.
-static void CheckLength(const DocumentInfo& info, const std::string& what, const XMLCh* text) {
+static void CheckLength(Reading& reading, const std::string& what, const XMLCh* text) {
     if (CharactersIn(text) > MyEntityHandler::kLongestEntity) {
-        MyContentHandler::Refuse(info, what + " is longer than " +
-                                           std::to_string(MyEntityHandler::kLongestEntity) +
-                                           " characters");
+        Refuse(reading, what + " is longer than " +
+                            std::to_string(MyEntityHandler::kLongestEntity) + " characters");
     }
 }
 
 void MyEntityHandler::internalEntityDecl(const XMLCh* name, const XMLCh* value) {
-    CheckLength(info_, "the value of entity '" + ToUtf8(name) + "'", value);
+    CheckLength(reading_, "the value of entity '" + ToUtf8(name) + "'", value);
 }
 
 // Refuses "what" of a foreign document when it has more than kMostNames "parts".
-static void CheckNumber(const DocumentInfo& info, const std::string& what, size_t number,
+static void CheckNumber(Reading& reading, const std::string& what, size_t number,
                         const std::string& parts) {
-    if (info.rules == DocumentRules::kForeign && number > MyEntityHandler::kMostNames) {
-        MyContentHandler::Refuse(
-            info,
-            what + " has more than " + std::to_string(MyEntityHandler::kMostNames) + " " + parts);
+    if (reading.rules == DocumentRules::kForeign && number > MyEntityHandler::kMostNames) {
+        Refuse(reading, what + " has more than " + std::to_string(MyEntityHandler::kMostNames) +
+                            " " + parts);
     }
 }
 
@@ -211,10 +223,10 @@ void MyEntityHandler::attributeDecl(const XMLCh*, const XMLCh* attribute, const 
                                     const XMLCh*, const XMLCh* value) {
     const std::u16string_view text(type);
     const auto bars = static_cast<size_t>(std::count(text.begin(), text.end(), u'|'));
-    CheckNumber(info_, "the enumeration of attribute '" + ToUtf8(attribute) + "'", bars + 1,
+    CheckNumber(reading_, "the enumeration of attribute '" + ToUtf8(attribute) + "'", bars + 1,
                 "tokens");
     if (value != nullptr) {
-        CheckLength(info_, "the default of attribute '" + ToUtf8(attribute) + "'", value);
+        CheckLength(reading_, "the default of attribute '" + ToUtf8(attribute) + "'", value);
     }
 }
 
@@ -224,11 +236,11 @@ static bool IsName(const xercesc::ContentSpecNode& node) {
            node.getElement()->getURI() != xercesc::XMLElementDecl::fgPCDataElemId;
 }
 
-void CheckContentModel(const DocumentInfo& info, const xercesc::DTDElementDecl& element) {
+void CheckContentModel(Reading& reading, const xercesc::DTDElementDecl& element) {
     // A name takes three nodes: one that joins it to the next, one where it is repeated, and its
     // own.
     static constexpr size_t kMostNodes = 4 * MyEntityHandler::kMostNames;
-    if (info.rules != DocumentRules::kForeign) {
+    if (reading.rules != DocumentRules::kForeign) {
         return;
     }
     size_t nodes = 0;
@@ -245,31 +257,31 @@ void CheckContentModel(const DocumentInfo& info, const xercesc::DTDElementDecl& 
         }
     }
     const std::string what = "the content model of element '" + ToUtf8(element.getFullName()) + "'";
-    CheckNumber(info, what, names, "names");
+    CheckNumber(reading, what, names, "names");
     if (nodes > kMostNodes) {
-        MyContentHandler::Refuse(info, what + " is nested too deep");
+        Refuse(reading, what + " is nested too deep");
     }
 }
 
-void RefuseReference(const DocumentInfo& info, const XMLCh* system_id) {
-    MyContentHandler::Refuse(info, "reference to '" + ToUtf8(system_id) + "' is not allowed");
+void RefuseReference(Reading& reading, const XMLCh* system_id) {
+    Refuse(reading, "reference to '" + ToUtf8(system_id) + "' is not allowed");
 }
 
 // An entity would bring a file's content into the map, a parameter entity through another's value.
 void MyEntityHandler::externalEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
-    RefuseReference(info_, system_id);
+    RefuseReference(reading_, system_id);
 }
 
 void MyContentHandler::notationDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id) {
-    if (info_.rules == DocumentRules::kForeign && system_id != nullptr) {
-        RefuseReference(info_, system_id);
+    if (reading_.rules == DocumentRules::kForeign && system_id != nullptr) {
+        RefuseReference(reading_, system_id);
     }
 }
 
 void MyContentHandler::unparsedEntityDecl(const XMLCh*, const XMLCh*, const XMLCh* system_id,
                                           const XMLCh*) {
-    if (info_.rules == DocumentRules::kForeign) {
-        RefuseReference(info_, system_id);
+    if (reading_.rules == DocumentRules::kForeign) {
+        RefuseReference(reading_, system_id);
     }
 }
 
@@ -326,16 +338,17 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     // document type of its own, of whose entities the handlers are not told.
     using Identifier = xercesc::XMLResourceIdentifier;
     if (identifier->getResourceIdentifierType() == Identifier::ExternalEntity &&
-        !info_.in_document_type) {
-        RefuseReference(info_, identifier->getSystemId());
+        !reading_.in_document_type) {
+        RefuseReference(reading_, identifier->getSystemId());
     }
     const XMLCh* base_id = identifier->getBaseURI();
-    const bool in_document = base_id == nullptr || *base_id == 0 || base_id == ToUtf16(info_.path);
-    const std::string path = LocalPath(reference, in_document ? info_.path : ToUtf8(base_id));
+    const bool in_document =
+        base_id == nullptr || *base_id == 0 || base_id == ToUtf16(reading_.path);
+    const std::string path = LocalPath(reference, in_document ? reading_.path : ToUtf8(base_id));
     struct stat status {};
-    if (info_.rules == DocumentRules::kForeign || path.empty() ||
+    if (reading_.rules == DocumentRules::kForeign || path.empty() ||
         calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        RefuseReference(info_, identifier->getSystemId());
+        RefuseReference(reading_, identifier->getSystemId());
     }
     return new FileSource(path);
 }

@@ -1,4 +1,5 @@
-// The parser's callbacks: they turn events into tree nodes and errors into the end of the run.
+// The parser's callbacks: they turn events into tree nodes and errors into the failure of the
+// reading.
 #pragma once
 
 #include <string>
@@ -11,34 +12,49 @@
 #include <xercesc/util/XMLEntityResolver.hpp>
 #include <xercesc/validators/DTD/DTDElementDecl.hpp>
 
+#include "base/outcome.h"
 #include "xml/rvt_node_stack.h"
 #include "xml/rvt_xml_parser.h"
 
-// Sets the tree that the handlers fill (null to keep nothing), with no element open.
-void SetXMLTree(RVT_XML_Tree* tree);
-
-// What the handlers need to know of the document that is being read.
-struct DocumentInfo {
+// A document that is being read: what the handlers know of it, and what they have made so far.
+struct Reading {
     std::string path;  // as messages name it: by its bytes
     DocumentRules rules = DocumentRules::kMap;
     size_t size = 0;                            // bytes of a foreign document
+    RVT_XML_Tree* tree = nullptr;               // to be filled; null to keep nothing
     bool in_document_type = false;              // whether the parser is in the document type
     const xercesc::Locator* locator = nullptr;  // where the parser is
+    RVT_Node_Stack open_elements = {};
+    Outcome failure = {};  // the first one
+
+    // Appends a finished node to the innermost open element, or to the document.
+    void Append(RVT_Node* node);
+    // Notes the failure, unless there is one, at the place where the parser is.
+    void Fail(const std::string& text);
 };
 
+// What the handlers leave by, and Parse catches, once the failure is noted. The library may catch
+// it before that, but goes on to no effect.
+struct ReadingFailed {};
+
+// Notes a failure and leaves.
+[[noreturn]] void Refuse(Reading& reading, const std::string& text);
+
 // The refusal of a reference to another file.
-[[noreturn]] void RefuseReference(const DocumentInfo& info, const XMLCh* system_id);
+[[noreturn]] void RefuseReference(Reading& reading, const XMLCh* system_id);
 
 // Refuses a content model of more than MyEntityHandler::kMostNames names in a foreign document, and
 // one nested so deep that the library would run out of stack.
-void CheckContentModel(const DocumentInfo& info, const xercesc::DTDElementDecl& element);
+void CheckContentModel(Reading& reading, const xercesc::DTDElementDecl& element);
 
 // Elements and errors.
 class MyContentHandler : public xercesc::DefaultHandler {
   public:
-    explicit MyContentHandler(DocumentInfo& info) : info_(info) {}
+    explicit MyContentHandler(Reading& reading) : reading_(reading) {}
 
-    void setDocumentLocator(const xercesc::Locator* locator) override { info_.locator = locator; }
+    void setDocumentLocator(const xercesc::Locator* locator) override {
+        reading_.locator = locator;
+    }
     void startElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname,
                       const xercesc::Attributes& attributes) override;
     void endElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname) override;
@@ -52,15 +68,12 @@ class MyContentHandler : public xercesc::DefaultHandler {
     void unparsedEntityDecl(const XMLCh* name, const XMLCh* public_id, const XMLCh* system_id,
                             const XMLCh* notation) override;
 
-    // Ends the run with "text" at the place where the parser is.
-    [[noreturn]] static void Refuse(const DocumentInfo& info, const std::string& text);
-
   private:
     RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
     void CheckName(const RVT_Node& element, NameId name);
     void CheckGrowth(const char* value);
 
-    DocumentInfo& info_;
+    Reading& reading_;
     // By name, the last element that has an attribute of that name.
     std::vector<const RVT_Node*> bearers_;
     size_t value_bytes_ = 0;
@@ -69,26 +82,26 @@ class MyContentHandler : public xercesc::DefaultHandler {
 // Comments, and where the document type is.
 class MyLexicalHandler : public xercesc::LexicalHandler {
   public:
-    explicit MyLexicalHandler(DocumentInfo& info) : info_(info) {}
+    explicit MyLexicalHandler(Reading& reading) : reading_(reading) {}
 
     void comment(const XMLCh* text, XMLSize_t length) override;
     void startDTD(const XMLCh*, const XMLCh*, const XMLCh*) override {
-        info_.in_document_type = true;
+        reading_.in_document_type = true;
     }
-    void endDTD() override { info_.in_document_type = false; }
+    void endDTD() override { reading_.in_document_type = false; }
     void startEntity(const XMLCh*) override {}
     void endEntity(const XMLCh*) override {}
     void startCDATA() override {}
     void endCDATA() override {}
 
   private:
-    DocumentInfo& info_;
+    Reading& reading_;
 };
 
 // The XML declaration.
 class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
   public:
-    explicit MyXMLDocumentHandler(const DocumentInfo& info) : info_(info) {}
+    explicit MyXMLDocumentHandler(Reading& reading) : reading_(reading) {}
 
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone,
                  const XMLCh* actual_encoding) override;
@@ -108,7 +121,7 @@ class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
     void resetDocument() override {}
 
   private:
-    const DocumentInfo& info_;
+    Reading& reading_;
 };
 
 // Entities and other declarations: how large one may be, and which files a document may name.
@@ -122,7 +135,7 @@ class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityRe
     // library does with them takes the square of their number.
     static constexpr size_t kMostNames = 1024;
 
-    explicit MyEntityHandler(const DocumentInfo& info) : info_(info) {}
+    explicit MyEntityHandler(Reading& reading) : reading_(reading) {}
 
     void elementDecl(const XMLCh*, const XMLCh*) override {}
     void attributeDecl(const XMLCh* element, const XMLCh* attribute, const XMLCh* type,
@@ -133,5 +146,5 @@ class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityRe
     xercesc::InputSource* resolveEntity(xercesc::XMLResourceIdentifier* identifier) override;
 
   private:
-    const DocumentInfo& info_;
+    Reading& reading_;
 };

@@ -8,7 +8,7 @@
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
-#include "base/error.h"
+#include "base/complaints.h"
 #include "base/text.h"
 #include "xml/file_source.h"
 #include "xml/library_memory.h"
@@ -30,22 +30,25 @@ LibraryMemory library_memory;
 // there, or says no more than that something failed, it lacks memory.
 class StartHandler : public xercesc::PanicHandler {
   public:
-    void panic(const PanicReasons) override { library_memory.EndRun(); }
+    void panic(const PanicReasons) override {
+        library_memory.Fail();
+        throw ReadingFailed();
+    }
 };
 
 // The library's reader. The handlers are told the text of a content model, but of an element that
 // is declared twice that of the first declaration alone, while the second counts.
 class Reader : public xercesc::SAX2XMLReaderImpl {
   public:
-    explicit Reader(const DocumentInfo& info) : info_(info) {}
+    explicit Reader(Reading& reading) : reading_(reading) {}
 
     void elementDecl(const xercesc::DTDElementDecl& element, const bool is_ignored) override {
-        CheckContentModel(info_, element);
+        CheckContentModel(reading_, element);
         SAX2XMLReaderImpl::elementDecl(element, is_ignored);
     }
 
   private:
-    const DocumentInfo& info_;
+    Reading& reading_;
 };
 
 void SetFeatures(xercesc::SAX2XMLReader& reader) {
@@ -62,15 +65,15 @@ void SetFeatures(xercesc::SAX2XMLReader& reader) {
     reader.setFeature(XMLUni::fgXercesDisableDefaultEntityResolution, true);
 }
 
-void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
+void ParseWithHandlers(const xercesc::InputSource& source, Reading& reading) {
     // The limit on expansions is the library's own; without a manager there is none.
     xercesc::SecurityManager security;
-    Reader reader(info);
+    Reader reader(reading);
     SetFeatures(reader);
-    MyContentHandler content(info);
-    MyLexicalHandler lexical(info);
-    MyXMLDocumentHandler document(info);
-    MyEntityHandler entities(info);
+    MyContentHandler content(reading);
+    MyLexicalHandler lexical(reading);
+    MyXMLDocumentHandler document(reading);
+    MyEntityHandler entities(reading);
     reader.setContentHandler(&content);
     reader.setLexicalHandler(&lexical);
     reader.installAdvDocHandler(&document);
@@ -82,53 +85,63 @@ void ParseWithHandlers(const xercesc::InputSource& source, DocumentInfo& info) {
     reader.parse(source);
 }
 
-// Parses what "make_source" returns; it is called once the library is ready.
+// Parses what "make_source" returns; it is called once the library is ready. Whether the library
+// got to the end.
 template <typename MakeSource>
-int ParseWithLibrary(DocumentInfo& info, MakeSource make_source) {
-    static StartHandler start_handler;
+bool ParseWithLibrary(Reading& reading, MakeSource make_source) {
+    StartHandler start_handler;
     try {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
                                               &start_handler, &library_memory);
     } catch (const xercesc::XMLException& failure) {
         Complain("Error during initialization! :\n" + ToUtf8(failure.getMessage()) + "\n");
-        return 1;
+        return false;
     }
-    int result = 0;
+    bool is_whole = true;
     try {
-        ParseWithHandlers(make_source(), info);
+        ParseWithHandlers(make_source(), reading);
     } catch (const xercesc::XMLException& failure) {
         Complain("\nAn error occurred\n  Error: " + ToUtf8(failure.getMessage()) + "\n\n");
-        result = 4;
+        is_whole = false;
     }
     xercesc::XMLPlatformUtils::Terminate();
-    return result;
+    return is_whole;
 }
 
-// ParseWithLibrary, ending the run where the memory ends that the handlers need.
 template <typename MakeSource>
-int Parse(DocumentInfo info, RVT_XML_Tree* tree, MakeSource make_source) {
-    SetXMLTree(tree);
-    library_memory.Begin(info);
+Result<bool> Parse(Reading reading, MakeSource make_source) {
+    bool is_whole = false;
     try {
-        return ParseWithLibrary(info, make_source);
+        library_memory.Begin(reading);
+        is_whole = ParseWithLibrary(reading, make_source);
+    } catch (const ReadingFailed&) {
+        // The failure is noted.
     } catch (const xercesc::OutOfMemoryException&) {
-        library_memory.EndRun();
+        library_memory.Fail();
     } catch (const std::bad_alloc&) {
-        library_memory.EndRun();
+        library_memory.Fail();
     }
+    return reading.failure.ok() ? Result(is_whole) : reading.failure;
 }
 
 }  // namespace
 
-int ParseXMLFile(const char* path, RVT_XML_Tree* tree, DocumentRules rules) {
-    return Parse({path, rules}, tree, [path] { return FileSource(path); });
+Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree, DocumentRules rules) {
+    return Parse({.path = path, .rules = rules, .tree = &tree},
+                 [&path] { return FileSource(path); });
 }
 
-int ParseXMLText(std::string_view text, const char* name, RVT_XML_Tree* tree) {
-    return Parse({name, DocumentRules::kForeign, text.size()}, tree,
-                 [text, name] { return TextSource(text, name); });
+static Result<bool> ParseText(std::string_view text, const std::string& name, RVT_XML_Tree* tree) {
+    return Parse(
+        {.path = name, .rules = DocumentRules::kForeign, .size = text.size(), .tree = tree},
+        [text, &name] { return TextSource(text, name); });
 }
 
-int CheckXMLText(std::string_view text, const char* name) {
-    return ParseXMLText(text, name, nullptr);
+Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree) {
+    return ParseText(text, name, &tree);
+}
+
+Outcome CheckXMLText(std::string_view text, const std::string& name) {
+    const Result<bool> is_whole = ParseText(text, name, nullptr);
+    return is_whole.ok() && !*is_whole ? Outcome(ExitCode::kNotWellFormed, "") : is_whole.outcome();
 }

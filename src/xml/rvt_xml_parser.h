@@ -5,8 +5,10 @@
 // tree is UTF-8, whatever the document's encoding and the locale.
 #pragma once
 
+#include <string>
 #include <string_view>
 
+#include "base/outcome.h"
 #include "xml/rvt_node.h"
 
 // What a document may refer to, and what it may hold.
@@ -20,19 +22,21 @@ enum class DocumentRules {
     kForeign,
 };
 
-// Parses the file "path", taken by its bytes, into "tree". Returns 0, or what the parser reports
-// without ending the run, with its text on standard error: 1 when the library cannot be
-// initialised, 4 when it gave up otherwise; the tree then holds what was read so far. Any error in
-// the document, and a file that cannot be read, ends the run with kNotWellFormed and
+// Parses the file "path", taken by its bytes, into "tree". Whether the parser got to the end: where
+// it only says on standard error that it gave up, the tree holds what was read so far. An error in
+// the document, and a file that cannot be read, is kNotWellFormed with
 //     Error at file map.xml, line 3, char 7.
 //        expected end of tag 'Platform'
-// (with a small "e" for errors of validation); more than RVT_Node_Stack::kDepth open elements end
-// it with kNodeStack. Expansion of entities is bounded. Memory that runs out in the library is an
-// error at line 0, char 0, "out of memory".
-int ParseXMLFile(const char* path, RVT_XML_Tree* tree, DocumentRules rules = DocumentRules::kMap);
+// (with a small "e" for errors of validation); more than RVT_Node_Stack::kDepth open elements are
+// kNodeStack without a message, its text stands on standard error. Expansion of entities is
+// bounded, and so is the memory that the library takes for a foreign document. Memory that ends is
+// kNotWellFormed as well.
+Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree,
+                          DocumentRules rules = DocumentRules::kMap);
 
 // The same for a foreign document in memory; "name" stands for its path in messages.
-int ParseXMLText(std::string_view text, const char* name, RVT_XML_Tree* tree);
+Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree);
 
-// Reads a foreign document in memory and keeps nothing of it.
-int CheckXMLText(std::string_view text, const char* name);
+// Reads a foreign document in memory and keeps nothing of it. One that the parser gave up is
+// kNotWellFormed without a message.
+Outcome CheckXMLText(std::string_view text, const std::string& name);

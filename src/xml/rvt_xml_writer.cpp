@@ -4,11 +4,9 @@
 #include <array>
 #include <string>
 
-#include "base/error.h"
+#include "base/complaints.h"
 #include "base/files.h"
 #include "base/text.h"
-#include "run/map_lock.h"
-#include "run/rvt_exit.h"
 #include "xml/encoding.h"
 #include "xml/rvt_xml_parser.h"
 
@@ -17,9 +15,6 @@ static constexpr size_t kIndent = 4;
 static constexpr size_t kContinuation = 3;
 // The last column that an attribute may reach.
 static constexpr size_t kLastColumn = 77;
-// An escaped value that has reached this many bytes is cut.
-static constexpr size_t kLongestValue = 8185;
-static constexpr size_t kLongestEntity = 6;
 
 static std::string_view EntityFor(char c) {
     switch (c) {
@@ -55,25 +50,24 @@ static std::string WithControlReferences(std::string_view text) {
     return referenced;
 }
 
-std::string_view DoEntityReferenceReplacement(const char* text) {
-    static std::array<char, kLongestValue + kLongestEntity> buffer;
+std::string_view XmlPrinter::DoEntityReferenceReplacement(const char* text) {
     size_t used = 0;
     for (; *text != '\0' && used < kLongestValue; ++text) {
         const std::string_view entity = EntityFor(*text);
         if (entity.empty()) {
-            buffer[used++] = *text;
+            escaped_[used++] = *text;
         } else {
-            used += entity.copy(buffer.data() + used, entity.size());
+            used += entity.copy(escaped_.data() + used, entity.size());
         }
     }
     // Cut before a character that does not fit whole, never within it.
     if (IsContinuationByte(*text)) {
-        while (IsContinuationByte(buffer[used - 1])) {
+        while (IsContinuationByte(escaped_[used - 1])) {
             --used;
         }
         --used;
     }
-    return {buffer.data(), used};
+    return {escaped_.data(), used};
 }
 
 void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t column) {
@@ -85,8 +79,8 @@ void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t colu
         const std::string_view name = attribute->GetName();
         if (!attribute->IsType(RVT_ATTRIBUTE)) {
             Complain("PrintAttributes: " + std::string(name) + " not an attribute\n");
-            ClearError();
-            RVTExit(ExitCode::kLookupFailed);
+            outcome_ = Outcome(ExitCode::kLookupFailed, "");
+            return;
         }
         std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
         std::string referenced;
@@ -153,7 +147,7 @@ void XmlPrinter::PrintNodes(const RVT_Node& node, size_t depth) {
 
 void XmlPrinter::PrintChildren(const RVT_Node& node, size_t depth) {
     RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && !out_.HasFailed();
+    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && CanGoOn();
          child = RVT_Node::GetNextChild(pos)) {
         PrintNodes(*child, depth);
     }
@@ -179,13 +173,14 @@ static bool IsXml11(const RVT_XML_Tree& tree) {
     return Declared(tree, "version") == "1.1";
 }
 
-void PrintTree(Output& out, const RVT_XML_Tree& tree) {
+Outcome PrintTree(Output& out, const RVT_XML_Tree& tree) {
     XmlPrinter printer(out, IsXml11(tree));
     RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr && !out.HasFailed();
+    for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr && printer.CanGoOn();
          node = RVT_XML_Tree::GetNextChild(pos)) {
         printer.PrintNodes(*node, 0);
     }
+    return printer.outcome();
 }
 
 // What a node and all below it say, whatever the layout.
@@ -227,53 +222,75 @@ static std::string Content(const RVT_XML_Tree& tree) {
 }
 
 // Whether the parser reads "document" as the tree: its tables are not iconv's, so a character may
-// come back as another, or not at all.
-static bool ComesBack(const std::string& document, const RVT_XML_Tree& tree) {
+// come back as another, or not at all. Fails as the reader does when it cannot be read.
+static Result<bool> ComesBack(const std::string& document, const RVT_XML_Tree& tree) {
     RVT_XML_Tree read;
-    return ParseXMLText(document, "new map", &read) == 0 && Content(read) == Content(tree);
+    const Result<bool> is_whole = ParseXMLText(document, "new map", read);
+    return is_whole.ok() ? Result(*is_whole && Content(read) == Content(tree)) : is_whole;
 }
 
-// Prints the tree in its encoding. False when it cannot be written, or not in that encoding.
-static bool PrintEncoded(int fd, RVT_XML_Tree* tree) {
-    const std::string encoding = Declared(*tree, "encoding");
+// The text of "tree" in another encoding than UTF-8; empty when it cannot be written in that.
+static Result<std::string> Encoded(const RVT_XML_Tree& tree, const std::string& encoding) {
+    std::string text;
+    Output out(text);
+    if (Outcome outcome = PrintTree(out, tree); !outcome.ok()) {
+        return outcome;
+    }
+    static_cast<void>(out.Flush());
+    for (const bool has_references : {false, true}) {
+        std::string converted;
+        if (!ConvertDocument(has_references ? WithReferences(text) : text, encoding, converted)) {
+            continue;
+        }
+        const Result<bool> comes_back = ComesBack(converted, tree);
+        if (!comes_back.ok()) {
+            return comes_back.outcome();
+        }
+        if (*comes_back) {
+            return converted;
+        }
+    }
+    return std::string();
+}
+
+// Prints the tree in its encoding. Whether it could be written, and in that encoding.
+static Result<bool> PrintEncoded(int fd, const RVT_XML_Tree& tree) {
+    const std::string encoding = Declared(tree, "encoding");
     if (IsUtf8(encoding)) {
         Output out(fd);
-        PrintTree(out, *tree);
-        return out.Flush();
+        const Outcome outcome = PrintTree(out, tree);
+        return outcome.ok() ? Result(out.Flush()) : outcome;
     }
-    std::string text;
-    Output in_memory(text);
-    PrintTree(in_memory, *tree);
-    if (!in_memory.Flush()) {
-        return false;
+    const Result<std::string> text = Encoded(tree, encoding);
+    if (!text.ok()) {
+        return text.outcome();
     }
-    std::string converted;
-    bool fits = ConvertDocument(text, encoding, converted) && ComesBack(converted, *tree);
-    if (!fits) {
-        converted.clear();
-        fits = ConvertDocument(WithReferences(text), encoding, converted) &&
-               ComesBack(converted, *tree);
-    }
-    return fits && WriteAll(fd, converted);
+    return !text->empty() && WriteAll(fd, *text);
 }
 
-ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree) {
-    const std::string temporary = std::string(path) + ".tmp";
-    const Place place = PlaceOf(path);
-    Replacement map(place, ".tmp");
+Outcome WriteXMLFile(const std::string& path, const RVT_XML_Tree& tree,
+                     const std::function<Outcome()>& before_change) {
+    const std::string temporary = path + ".tmp";
+    const DirectoryEntry entry = EntryOf(path);
+    Replacement map(entry, ".tmp");
     if (!map.Create(0660)) {
-        return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", temporary.c_str());
+        return Failure(ExitCode::kCannotOpen, "Cannot open \"%s\".", temporary.c_str());
     }
-    if (map.given() != ExitCode::kOk) {
+    if (!map.given().ok()) {
         return map.given();
     }
-    if (!PrintEncoded(map.fd(), tree) || !map.Sync()) {
-        return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", temporary.c_str());
+    const Result<bool> is_printed = PrintEncoded(map.fd(), tree);
+    if (!is_printed.ok()) {
+        return is_printed.outcome();
     }
-    if (const ExitCode code = BeginChange(); code != ExitCode::kOk) {
+    if (!*is_printed || !map.Sync()) {
+        return Failure(ExitCode::kWriteFailed, "Cannot write to \"%s\".", temporary.c_str());
+    }
+    if (Outcome outcome = before_change(); !outcome.ok()) {
         map.Discard();
-        return code;
+        return outcome;
     }
-    return map.TakeOver() ? ExitCode::kOk
-                          : Fail(ExitCode::kRenameFailed, "Rename failed for \"%s\".", path);
+    return map.TakeOver()
+               ? Outcome()
+               : Failure(ExitCode::kRenameFailed, "Rename failed for \"%s\".", path.c_str());
 }

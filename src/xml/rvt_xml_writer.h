@@ -15,23 +15,28 @@
 // reference alone, those are written as such references (&#1;).
 #pragma once
 
+#include <array>
+#include <functional>
+#include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
+#include "base/outcome.h"
 #include "base/output.h"
 #include "xml/rvt_node.h"
 
 // Replaces the map file "path" by the tree: a new file beside it, its name followed by ".tmp", is
 // written, synced and moved over it. The file has the encoding that the tree's XML declaration
-// names, the product's group and mode 0660. A failure leaves the old map, and the temporary file
-// where it is: kCannotOpen "Cannot open \"%s\"." and kWriteFailed "Cannot write to \"%s\"." name
-// the temporary file, kWriteFailed may also carry the system's text alone; kRenameFailed "Rename
-// failed for \"%s\"." names the map; after kLockFailed, as BeginChange, it is gone. Text in another
-// encoding than UTF-8 that the parser cannot read back ends the run as the reader does.
-ExitCode WriteXMLFile(const char* path, RVT_XML_Tree* tree);
+// names, the product's group and mode 0660. "before_change" has the last word before the move; when
+// it fails, so does this, and the new file is gone. Any other failure leaves the old map, and the
+// new file where it is: kCannotOpen "Cannot open \"%s\"." and kWriteFailed "Cannot write to
+// \"%s\"." name the temporary file, kWriteFailed may also carry the system's text alone;
+// kRenameFailed "Rename failed for \"%s\"." names the map. Text in another encoding than UTF-8 that
+// the parser cannot read back fails as the reader does.
+Outcome WriteXMLFile(const std::string& path, const RVT_XML_Tree& tree,
+                     const std::function<Outcome()>& before_change);
 
-// Prints the whole tree. Whether it arrived, the output tells.
-void PrintTree(Output& out, const RVT_XML_Tree& tree);
+// Prints the whole tree. Whether it arrived, the output tells. Fails as XmlPrinter.
+Outcome PrintTree(Output& out, const RVT_XML_Tree& tree);
 
 // Prints parts of a document, the first line "depth" blanks from the left.
 class XmlPrinter {
@@ -43,19 +48,28 @@ class XmlPrinter {
     void PrintNodes(const RVT_Node& node, size_t depth);
     void PrintChildren(const RVT_Node& node, size_t depth);
     // The attributes of a node that stands at "depth"; "column" is the number of bytes already on
-    // the line. A node in the list that is not an attribute is reported on standard error and ends
-    // the run with kLookupFailed.
+    // the line.
     void PrintAttributes(const RVT_Node& node, size_t depth, size_t column);
 
+    // kLookupFailed without a message when a list of attributes held another node, of which
+    // standard error tells.
+    const Outcome& outcome() const { return outcome_; }
+    [[nodiscard]] bool CanGoOn() const { return outcome_.ok() && !out_.HasFailed(); }
+
+    // "text" with the five characters that XML reserves replaced by their entities, cut when it has
+    // reached kLongestValue bytes, but not within a character. Valid until the next call.
+    std::string_view DoEntityReferenceReplacement(const char* text);
+
   private:
+    static constexpr size_t kLongestValue = 8185;
+    static constexpr size_t kLongestEntity = 6;
+
     void PrintElement(const RVT_Node& node, size_t depth);
     void PrintComment(const RVT_Node& node, size_t depth);
     void PrintDeclaration(const RVT_Node& node, size_t depth);
 
     Output& out_;
     bool is_xml_11_;
+    Outcome outcome_;
+    std::array<char, kLongestValue + kLongestEntity> escaped_;
 };
-
-// "text" with the five characters that XML reserves replaced by their entities, cut when it has
-// reached 8185 bytes, but not within a character. Valid until the next call.
-std::string_view DoEntityReferenceReplacement(const char* text);

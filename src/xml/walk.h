@@ -1,30 +1,28 @@
-// Walking a node's children: the one place that tests their kind and name.
+// Walking a node's children and attributes: the one place that tests kind and name.
 //
-//     for (RVT_Node& console : LiveElements(platform, Console)) { ... }
+//     for (RVT_Node& console : LiveElements(platform, tag::Console)) { ... }
+//     for (RVT_Node& attribute : Attributes(platform)) { ... }
 //
-// Walks hold their own position, so they may nest over the same list, and nodes appended during a
-// walk are reached.
+// Walks hold their own position, so they may nest over the same list, and nodes appended behind the
+// position of a walk are reached.
 #pragma once
 
 #include <string_view>
 
 #include "xml/rvt_node.h"
 
-// The children that are called by one of at most two names.
-class ElementWalk {
+// The children of a node that are called by one of at most two names, or all of them.
+class ChildWalk {
   public:
-    enum class Deleted { kSkipped, kIncluded };
+    enum class Wanted { kAll, kLive, kEvenDeleted };
 
-    // A walk of the children of "parent", for two names, which may be one.
-    ElementWalk(const RVT_Node& parent, Deleted deleted, NameId name, NameId other)
-        : deleted_(deleted), name_(name), other_(other) {
-        RVT_Node_List_Elem* pos = nullptr;
-        first_ = parent.GetFirstChild(pos);
-    }
+    // From the node "first" on, which may be null.
+    ChildWalk(RVT_Node* first, Wanted wanted, NameId name, NameId other)
+        : first_(first), wanted_(wanted), name_(name), other_(other) {}
 
     class Iterator {
       public:
-        Iterator(const ElementWalk& walk, RVT_Node_List_Elem* pos) : walk_(walk), pos_(pos) {
+        Iterator(const ChildWalk& walk, RVT_Node_List_Elem* pos) : walk_(walk), pos_(pos) {
             SkipOthers();
         }
         RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
@@ -33,7 +31,7 @@ class ElementWalk {
             SkipOthers();
             return *this;
         }
-        bool operator!=(const Iterator& end) const { return pos_ != end.pos_; }
+        bool operator==(const Iterator& other) const { return pos_ == other.pos_; }
 
       private:
         void SkipOthers() {
@@ -41,7 +39,7 @@ class ElementWalk {
                 RVT_Node::GetNextChild(pos_);
             }
         }
-        const ElementWalk& walk_;
+        const ChildWalk& walk_;
         RVT_Node_List_Elem* pos_;
     };
 
@@ -55,32 +53,79 @@ class ElementWalk {
 
   private:
     [[nodiscard]] bool Wants(const RVT_Node& node) const {
+        if (wanted_ == Wanted::kAll) {
+            return true;
+        }
         return (node.IsName(name_) || node.IsName(other_)) &&
-               (deleted_ == Deleted::kIncluded || node.IsType(RVT_ELEMENT));
+               (wanted_ == Wanted::kEvenDeleted || node.IsType(RVT_ELEMENT));
     }
 
-    RVT_Node* first_ = nullptr;
-    Deleted deleted_;
+    RVT_Node* first_;
+    Wanted wanted_;
     NameId name_;
     NameId other_;
 };
 
-// The elements below "parent" of the given name, or of either name, in document order.
-inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name,
-                                std::string_view other) {
-    return {parent, ElementWalk::Deleted::kSkipped, InternName(name), InternName(other)};
-}
-inline ElementWalk LiveElements(const RVT_Node& parent, std::string_view name) {
-    const NameId id = InternName(name);
-    return {parent, ElementWalk::Deleted::kSkipped, id, id};
+inline RVT_Node* FirstChild(const RVT_Node& parent) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return parent.GetFirstChild(pos);
 }
 
-// The same with those that the run has removed: for the rules that still count them.
-inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
-                                       std::string_view other) {
-    return {parent, ElementWalk::Deleted::kIncluded, InternName(name), InternName(other)};
+// The elements below "parent" of the given name, or of either name, in document order.
+inline ChildWalk LiveElements(const RVT_Node& parent, std::string_view name,
+                              std::string_view other) {
+    return {FirstChild(parent), ChildWalk::Wanted::kLive, InternName(name), InternName(other)};
 }
-inline ElementWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
+inline ChildWalk LiveElements(const RVT_Node& parent, std::string_view name) {
     const NameId id = InternName(name);
-    return {parent, ElementWalk::Deleted::kIncluded, id, id};
+    return {FirstChild(parent), ChildWalk::Wanted::kLive, id, id};
 }
+
+// The same with those that the command has removed: for the rules that still count them.
+inline ChildWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
+                                     std::string_view other) {
+    return {FirstChild(parent), ChildWalk::Wanted::kEvenDeleted, InternName(name),
+            InternName(other)};
+}
+inline ChildWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
+    const NameId id = InternName(name);
+    return {FirstChild(parent), ChildWalk::Wanted::kEvenDeleted, id, id};
+}
+
+// All children of a node, and the top-level nodes of a document, whatever they are.
+inline ChildWalk Children(const RVT_Node& parent) {
+    return {FirstChild(parent), ChildWalk::Wanted::kAll, 0, 0};
+}
+inline ChildWalk Children(const RVT_XML_Tree& document) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return {document.GetFirstChild(pos), ChildWalk::Wanted::kAll, 0, 0};
+}
+
+// The attributes of a node, in their order.
+class Attributes {
+  public:
+    explicit Attributes(const RVT_Node& node) : node_(node) {}
+
+    class Iterator {
+      public:
+        explicit Iterator(RVT_Node_List_Elem* pos) : pos_(pos) {}
+        RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
+        Iterator& operator++() {
+            RVT_Node::GetNextAttribute(pos_);
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return pos_ == other.pos_; }
+
+      private:
+        RVT_Node_List_Elem* pos_;
+    };
+
+    [[nodiscard]] Iterator begin() const {
+        RVT_Node_List_Elem* pos = nullptr;
+        return Iterator(node_.GetFirstAttribute(pos));
+    }
+    [[nodiscard]] static Iterator end() { return Iterator(nullptr); }
+
+  private:
+    const RVT_Node& node_;
+};

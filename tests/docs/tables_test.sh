@@ -15,7 +15,12 @@ sed -n '/^EXIT STATUS/,/^EXAMPLES/s/^ *\([0-9][0-9]*\) .*/\1/p' "$work/manual" |
     diff "$work/codes" - || failures=1
 
 {
-    sed -n 's/.*Option{"\(-[a-z_]*\)".*/\1/p' src/frontend/option_table.cpp
+    sed -n 's/^ *{Property::k[^"]*"[^"]*", *"\([a-z_]*\)".*/-\1/p' src/model/properties.cpp
+    grep -oE -- '-(newname|platform)\b' src/frontend/parse_command.cpp
+} | sort -u > "$work/of_table"
+[ "$(wc -l < "$work/of_table")" -ge 17 ] || failures=1
+{
+    cat "$work/of_table"
     sed -n '/usage_msg/,$p' src/frontend/usage.cpp | grep -oE -- '(^|[^a-z])-[a-zA-Z_]+' | grep -oE -- '-.*'
 } | sort -u > "$work/options"
 [ "$(wc -l < "$work/options")" -ge 28 ] || failures=1
@@ -29,10 +34,16 @@ while read -r option; do
 done < "$work/options"
 # The manual has no option of an action besides.
 sed -n '/^Options of the actions/,/^\.Sh/s/^\.It Fl \([a-z_]*\) .*/-\1/p' man/tqsmgr.8 | sort -u > "$work/of_actions"
-sed -n 's/.*Option{"\(-[a-z_]*\)".*/\1/p' src/frontend/option_table.cpp | sort -u | diff - "$work/of_actions" || failures=1
-# The README's reading list has every header, and no other.
-grep -o 'src/[a-z]*/[a-z_]*\.h' README.md | sort > "$work/listed"
-printf '%s\n' src/*/*.h | sort | diff - "$work/listed" || failures=1
+diff "$work/of_table" "$work/of_actions" || failures=1
+# The README's reading list has every folder, from the lowest up; none includes a higher one.
+sed -n 's/^- .src\/\([a-z]*\)\/.*/\1/p' README.md > "$work/floors"
+sort "$work/floors" > "$work/sorted"
+(cd src && printf '%s\n' *) | diff - "$work/sorted" || failures=1
+higher=
+for floor in $(tac "$work/floors"); do
+    [ -z "$higher" ] || ! grep -rnE "#include \"($higher)/" "src/$floor" || failures=1
+    higher="${higher:+$higher|}$floor"
+done
 
 mandoc -Tlint -Wwarning man/* || failures=1
 exit $failures

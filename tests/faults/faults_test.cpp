@@ -9,6 +9,8 @@
 
 namespace {
 
+using Result = RunResult;
+
 const std::string kConfig = "kfxd.cfg";
 const std::string kTemporaryMap = kMap + ".tmp";
 const std::string kOldKfxConf = kKfxConfHeader + "old 1.2.3.4\n";
@@ -268,7 +270,7 @@ TEST_P(Faults, Killed) {
         }
     }
     const mode_t before = umask(scenario_.fresh ? 077 : 0);
-    ForEach("signal", SIGKILL, [this](const Result&) {
+    ForEach("signal", SIGKILL, [this](const RunResult&) {
         EXPECT_LE(LoggedCodes(tree_.Read(kLog)).size(), 1U);
         const std::string config = old_[2] == kNone ? kConfig : kTemporaryMap;
         for (const std::string& path : scenario_.fresh

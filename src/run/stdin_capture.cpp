@@ -1,4 +1,4 @@
-#include "frontend/stdin_capture.h"
+#include "run/stdin_capture.h"
 
 #include <sys/mman.h>
 #include <unistd.h>
@@ -7,7 +7,6 @@
 #include <array>
 
 #include "base/calls.h"
-#include "base/error.h"
 #include "base/paths.h"
 
 // Reads once from standard input; 0 at its end and on an error.
@@ -40,11 +39,11 @@ class ZeroByteFilter {
 
 }  // namespace
 
-ExitCode CapturedInput::WriteStdInToTempFile() {
+Outcome CapturedInput::WriteStdInToTempFile() {
     name_ = paths::kStdInCopy;
     file_ = FileDescriptor(calls::Mkstemp(name_.data()));
     if (!file_.IsOpen()) {
-        return Fail(ExitCode::kCannotOpen, "Cannot create temp file.");
+        return Failure(ExitCode::kCannotOpen, "Cannot create temp file.");
     }
     static_cast<void>(calls::Unlink(calls::kHere, name_.c_str()));
     std::array<char, 65536> buffer;
@@ -54,18 +53,18 @@ ExitCode CapturedInput::WriteStdInToTempFile() {
          got = ReadStdIn(buffer.data(), buffer.size())) {
         const size_t kept = filter.Apply(buffer.data(), got);
         if (!WriteAll(file_.get(), {buffer.data(), kept})) {
-            return Fail(ExitCode::kWriteFailed, "Cannot write to \"%s\".", name_.c_str());
+            return Failure(ExitCode::kWriteFailed, "Cannot write to \"%s\".", name_.c_str());
         }
         total += kept;
     }
     if (total > 0) {
         void* mapping = mmap(nullptr, total, PROT_READ, MAP_PRIVATE, file_.get(), 0);
         if (mapping == MAP_FAILED) {
-            return Fail(ExitCode::kCannotOpen, "Cannot open \"%s\".", name_.c_str());
+            return Failure(ExitCode::kCannotOpen, "Cannot open \"%s\".", name_.c_str());
         }
         text_ = {static_cast<const char*>(mapping), total};
     }
-    return ExitCode::kOk;
+    return {};
 }
 
 CapturedInput::~CapturedInput() {

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "base/exit_code.h"
 #include "base/files.h"
+#include "base/outcome.h"
 
 class CapturedInput {
   public:
@@ -19,12 +19,12 @@ class CapturedInput {
     // loses its line end with the rest). A read error counts as the end. kCannotOpen "Cannot create
     // temp file." or "Cannot open
     // \"%s\"."; kWriteFailed "Cannot write to \"%s\".".
-    ExitCode WriteStdInToTempFile();
+    Outcome WriteStdInToTempFile();
 
     // What was captured, valid as long as this object.
     [[nodiscard]] std::string_view Text() const { return text_; }
     // The name that the file had, for messages.
-    [[nodiscard]] const char* Name() const { return name_.c_str(); }
+    [[nodiscard]] const std::string& Name() const { return name_; }
 
   private:
     std::string name_;

@@ -1,0 +1,51 @@
+// The table of actions: how each is asked for, and what it does and is followed by. From it work
+// the parser of the command line and the run.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "base/outcome.h"
+#include "commands/command.h"
+#include "model/inventory.h"
+
+// What stands behind the words of an action.
+enum class Rest {
+    kNothing,
+    kAnything,    // nobody looks at it
+    kMoreWords,   // others of the words that may stand before an action, or another action
+    kSwitch,      // true or false
+    kVariable,    // a file before the second word, a variable behind it
+    kOptions,     // "target" alone
+    kNewElement,  // options: "target", and the properties of a new element
+    kChanges,     // options: "target", -newname, and properties to change
+};
+
+// What follows an action that succeeded.
+struct Follow {
+    bool map = false;      // the map is written back
+    bool kfxconf = false;  // kfx.conf is regenerated
+    bool web = false;      // the web front end is notified
+    bool daemon = false;   // the console daemon and the third component are notified
+};
+
+struct ActionRow {
+    Action action;
+    std::string_view word;
+    std::string_view object;  // the second word; empty for none
+    Rest rest;
+    Follow follow;
+    std::string_view target = "";  // the option that names what the action is about
+    Owner owner = Owner::kPlatform;
+    Outcome (*change)(const Command& command, Inventory& inventory) = nullptr;
+};
+
+std::span<const ActionRow> ActionTable();
+
+// Of any action but kNoAction.
+const ActionRow& RowOf(Action action);
+
+// Makes the change that a command asks for, as told beside the command's function; fine for a
+// command that changes no inventory. "cache_document" is what UpdateCache takes the cache from.
+Outcome Execute(const Command& command, Inventory& inventory,
+                const RVT_XML_Tree& cache_document = {});

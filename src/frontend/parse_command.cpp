@@ -1,0 +1,209 @@
+#include "frontend/parse_command.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "base/text.h"
+#include "commands/actions.h"
+#include "model/vocabulary.h"
+
+namespace {
+
+// What the command line gives a property or name, as it is kept. False when it may not be.
+bool TakeAs(ValueKind kind, std::string& value) {
+    if (kind == ValueKind::kSwitch) {
+        const bool is_switch = value == "0" || value == "1";
+        value = value == "1" ? switch_on : switch_off;
+        return is_switch;
+    }
+    // A line end would begin a line of its own in kfx.conf.
+    return kind != ValueKind::kText ||
+           (IsXmlText(value) && value.find_first_of("\n\r") == std::string::npos);
+}
+
+bool BeginsPhrase(std::string_view word) {
+    return word == "-add" || word == "-update" || word == "-remove";
+}
+
+// Each function that takes words returns false where they are none of a command line.
+class Parser {
+  public:
+    explicit Parser(std::span<const char* const> words) : words_(words) {}
+
+    bool Parse() {
+        while (!words_.empty()) {
+            const std::string_view word = words_.front();
+            words_ = words_.subspan(1);
+            if (const ActionRow* row = FindAction(word); row != nullptr) {
+                words_ = words_.subspan(row->object.empty() ? 0 : 1);
+                command_.action = row->action;
+                if (row->rest != Rest::kMoreWords) {
+                    return TakeRest(*row);
+                }
+            } else if (word == "-config") {
+                return TakeConfig();
+            } else if (!TakeTopLevelWord(word)) {
+                return false;
+            }
+        }
+        return command_.action != Action::kNoAction;
+    }
+    Command& command() { return command_; }
+
+  private:
+    bool Take(std::string& value) {
+        if (words_.empty()) {
+            return false;
+        }
+        value = words_.front();
+        words_ = words_.subspan(1);
+        return true;
+    }
+
+    // The action that begins with "word", or with it and the next word.
+    [[nodiscard]] const ActionRow* FindAction(std::string_view word) const {
+        const std::string_view next = words_.empty() ? "" : words_.front();
+        const auto actions = ActionTable();
+        const auto row = std::ranges::find_if(actions, [&](const ActionRow& one) {
+            return one.word == word && one.rest != Rest::kVariable &&
+                   (one.object.empty() || one.object == next);
+        });
+        return row == actions.end() ? nullptr : &*row;
+    }
+
+    bool TakeTopLevelWord(std::string_view word) {
+        if (word == "-f") {
+            return Take(command_.map);
+        }
+        if (word == "-nonotify") {
+            std::string name;
+            const bool taken = Take(name);
+            (name == "web" ? command_.notify_web : command_.notify_kfxd) = false;
+            return taken && (name == "web" || name == "kfxd");
+        }
+        // Behind -add, -update and -remove, a word that is no object is looked at like any other.
+        return BeginsPhrase(word) && !words_.empty();
+    }
+
+    bool TakeConfig() {
+        std::string what;
+        if (!Take(command_.config_file) || !Take(what) || !Take(command_.config_argument)) {
+            return false;
+        }
+        command_.action = what == "-get" ? Action::kGetConfigValue : Action::kSetConfigValue;
+        return (what == "-get" || what == "-set") && words_.empty();
+    }
+
+    bool TakeRest(const ActionRow& row) {
+        switch (row.rest) {
+            case Rest::kAnything:
+                return true;
+            case Rest::kSwitch:
+                return Take(command_.security) && words_.empty() &&
+                       (command_.security == switch_on || command_.security == switch_off);
+            case Rest::kOptions:
+            case Rest::kNewElement:
+            case Rest::kChanges:
+                return TakeOptions(row) && IsComplete(row);
+            default:
+                return words_.empty();
+        }
+    }
+
+    bool TakeOptions(const ActionRow& row) {
+        while (!words_.empty()) {
+            const std::string_view word = words_.front();
+            words_ = words_.subspan(1);
+            std::string value;
+            if (!Take(value) || !TakeOption(row, word, std::move(value))) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    bool TakeOption(const ActionRow& row, std::string_view word, std::string value) {
+        if (word == row.target) {
+            command_.name = std::move(value);
+            return true;
+        }
+        if (word == "-platform" && row.action == Action::kAddSystem) {
+            command_.platform = std::move(value);
+            platform_given_ = true;
+            return true;
+        }
+        if (word == "-newname" && row.rest == Rest::kChanges) {
+            return !value.empty() && Record(row, Property::kName, std::move(value));
+        }
+        return row.rest != Rest::kOptions && TakeProperty(row, word, std::move(value));
+    }
+
+    bool TakeProperty(const ActionRow& row, std::string_view word, std::string value) {
+        for (const PropertyRow& property : kPropertyTable) {
+            if (word.starts_with('-') && property.key == word.substr(1) &&
+                Has(row.owner, property.property)) {
+                return TakeAs(property.kind, value) &&
+                       Record(row, property.property, std::move(value));
+            }
+        }
+        return false;
+    }
+
+    bool Record(const ActionRow& row, Property property, std::string value) {
+        static constexpr size_t kMostChanges = 30;
+        command_.settings.push_back({property, std::move(value)});
+        return row.rest != Rest::kChanges || command_.settings.size() <= kMostChanges;
+    }
+
+    bool IsComplete(const ActionRow& row) {
+        switch (row.rest) {
+            case Rest::kChanges:
+                return !command_.name.empty() && !command_.settings.empty();
+            case Rest::kNewElement:
+                return HasWhatItNeeds(row) && SwitchEvents();
+            default:
+                return true;
+        }
+    }
+
+    // A console may have its platform's address instead of one of its own, not both.
+    bool HasWhatItNeeds(const ActionRow& row) {
+        for (const Property property : PropertiesOf(row.owner)) {
+            const std::string* value =
+                property == Property::kName ? &command_.name : NewValue(command_, property);
+            if (property == Property::kAddress && platform_given_) {
+                if (value != nullptr || command_.platform.empty()) {
+                    return false;
+                }
+            } else if (!RowOf(property).initial && (value == nullptr || value->empty())) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // A new element that is not logged has no events either, unless asked for.
+    bool SwitchEvents() {
+        const std::string* logging = NewValue(command_, Property::kLogging);
+        if (logging != nullptr && *logging == switch_off &&
+            NewValue(command_, Property::kEvents) == nullptr) {
+            command_.settings.push_back({Property::kEvents, std::string(switch_off)});
+        }
+        return true;
+    }
+
+    std::span<const char* const> words_;
+    Command command_;
+    bool platform_given_ = false;
+};
+
+}  // namespace
+
+Result<Command> ParseCommand(std::span<const char* const> words) {
+    Parser parser(words);
+    if (!parser.Parse()) {
+        return Outcome(ExitCode::kInvalidArgument,
+                       "Invalid or missing argument. Use \"-h\" to display help.");
+    }
+    return std::move(parser.command());
+}

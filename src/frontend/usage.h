@@ -1,0 +1,4 @@
+// What -h prints.
+#pragma once
+
+extern const char* const usage_msg;

@@ -1,0 +1,96 @@
+// The inventory of one map: its document, and the answers and changes that commands ask for.
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "base/outcome.h"
+#include "model/index.h"
+#include "model/lookups.h"
+#include "model/properties.h"
+#include "xml/rvt_node.h"
+
+// Commands run one after another between BeginCommand and EndCommand, each as if it were alone on
+// what the one before has left. From the second one on, lookups use tables instead of walks, where
+// the map is regular enough; they find the same.
+class Inventory {
+  public:
+    // The document, to be filled once before the first command, and to be written between two.
+    RVT_XML_Tree& Tree();
+
+    // What earlier commands have removed is gone from now on.
+    void BeginCommand();
+    // Takes back the values that a command which was not "accepted" has stored.
+    void EndCommand(bool accepted);
+
+    // The root element, or null; and the outcome for who needs it, with "code":
+    // "Cannot find SystemMap element."
+    [[nodiscard]] RVT_Node* FindSystemMap() const;
+    Result<RVT_Node*> NeedSystemMap(ExitCode code) const;
+
+    // The platform called "name". kLookupFailed "Cannot find Platform \"%s\"." or without a root.
+    Result<RVT_Node*> FindPlatform(std::string_view name) const;
+
+    // The console called "name", inside a platform or standalone. A console without a name hides
+    // those behind it in its platform. kLookupFailed "Console \"%s\" not found.", without a root,
+    // or as PropertyMissing for a standalone console without a name, which ends the search.
+    Result<Place> FindConsole(std::string_view name) const;
+
+    // The first platform called "name" that has a cache. kLookupFailed "Cannot find Cache for
+    // platform \"%s\".", without a message when there is no such platform, without a root, or as
+    // PropertyMissing for a platform without a name before it, which ends the search.
+    Result<RVT_Node*> FindPlatformWithCache(std::string_view name) const;
+
+    // How many platforms and consoles have a name, letter case ignored; 21 without a root, which
+    // reads as taken.
+    int GetCountOfConsolesWithName(std::string_view name) const;
+    bool IsDuplicateName(std::string_view name) const;
+
+    // Whether a platform or standalone console other than "node" (null for none) has "address".
+    bool IsDuplicateAddress(const RVT_Node* node, std::string_view address) const;
+
+    // How many use "port" at "address". 0 without a root.
+    int GetCountOfConsolesWithAddress(std::string_view address, std::string_view port) const;
+    bool IsDuplicatePortWithinAddress(std::string_view address, std::string_view port) const;
+
+    // Appends a platform to the root, or a console to "parent", a platform or the root. It has the
+    // identifier "id" and a property map with those of "values" that it can have, in the order of
+    // PropertiesOf.
+    void Add(RVT_Node& parent, Owner owner, std::string_view id, const PropertyValues& values);
+
+    // Gives a property, whose "value" attribute is "attribute", another text.
+    void SetValue(const Place& place, Property property, RVT_Node& attribute,
+                  std::string_view value);
+
+    // Removes a child of "parent": a platform, a console, or a cache. It still counts where the
+    // rules say so until the command has ended.
+    void Remove(RVT_Node& parent, RVT_Node& node);
+
+  private:
+    struct Removed {
+        RVT_Node* parent;
+        RVT_Node* node;
+    };
+    struct Change {
+        Place place;
+        Property property;
+        RVT_Node* attribute;
+        const char* old_value;
+    };
+
+    void Forget(const Removed& removed);
+    void DropSettled();
+    void Store(const Change& change, const char* value);
+
+    RVT_XML_Tree tree_;
+    int commands_ = 0;
+    std::optional<Index> index_;
+    std::vector<Change> changes_;  // of the present command
+    // In their order: what an accepted command has been done without, so that the document as
+    // written has no trace of it; what lookups find no longer; what the present command has
+    // removed.
+    std::vector<Removed> removed_;
+    size_t settled_ = 0;
+    size_t forgotten_ = 0;
+};

@@ -1,0 +1,28 @@
+#include "run/kfxconf_file.h"
+
+#include <fcntl.h>
+
+#include "base/files.h"
+#include "base/output.h"
+#include "base/paths.h"
+#include "daemonconf/kfxconf.h"
+
+static constexpr std::string_view kfxconf_header =
+    "# WARNING!!! This is a computer generated file. DO NOT EDIT.\n"
+    "# Any manual changes will be lost when the file is regenerated.\n";
+
+Outcome CreateKfxConfFile(const Inventory& inventory) {
+    OpenedFile file = OpenOrCreate(paths::kKfxConf, O_WRONLY | O_TRUNC, 0660);
+    if (!file.fd.IsOpen()) {
+        return Failure(ExitCode::kCannotOpen, "Cannot open \"%s\".", paths::kKfxConf);
+    }
+    if (!file.given.ok()) {
+        return file.given;
+    }
+    // The daemon may read the file meanwhile, so the text leaves in as few writes as it fits in.
+    Output out(file.fd.get());
+    out.Put(kfxconf_header);
+    Outcome outcome = WriteKfxConf(out, inventory, "");
+    const bool is_written = out.Flush() && file.fd.Close();
+    return outcome.ok() && !is_written ? LostOutput(paths::kKfxConf) : outcome;
+}

@@ -1,0 +1,12 @@
+// kfx.conf as a file. It is written in place, since the console daemon knows it by its name; the
+// lines are made elsewhere.
+#pragma once
+
+#include "base/outcome.h"
+#include "model/inventory.h"
+
+// Writes kfx.conf anew: two comment lines that warn against editing it, then the lines of every
+// platform and console. kCannotOpen "Cannot open \"%s\"."; kWriteFailed with the system's text when
+// a new file cannot be given its group or mode, or "Write failed for \"%s\"." when its text cannot
+// be written; kIncompleteMap from the lines, those before the incomplete element then stand in it.
+Outcome CreateKfxConfFile(const Inventory& inventory);
