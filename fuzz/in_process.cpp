@@ -13,6 +13,7 @@
 #include "base/paths.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
+#include "xml/walk.h"
 
 // In the place of the arena: every piece of memory by itself, so that a step beyond it is seen.
 // Buffers of outputs, the one large kind, are freed for the next input.
@@ -70,43 +71,37 @@ void Require(bool kept, const char* promise) {
     }
 }
 
-static void Dump(const RVT_Node* node, std::string& text) {
-    if (node->IsType(RVT_DELETED)) {
-        return;
-    }
-    for (const RVT_NODE_TYPE type : {RVT_ELEMENT, RVT_ATTRIBUTE, RVT_COMMENT, RVT_XML_DECL}) {
-        text += node->IsType(type) ? 'x' : '-';
-    }
-    // Attribute values as they are written, cut where they are too long.
+// A node and what is below it, a line each. Attribute values are cut as when they are written.
+static void Dump(const RVT_Node& node, std::string& text) {
     static std::string nowhere;
     static Output out(nowhere);
     static XmlPrinter printer(out, false);
-    std::string value(node->IsType(RVT_ATTRIBUTE)
-                          ? printer.DoEntityReferenceReplacement(node->GetValue())
-                          : node->GetValue());
+    if (node.IsType(RVT_DELETED)) {
+        return;
+    }
+    const bool is_attribute = node.IsType(RVT_ATTRIBUTE);
+    for (const RVT_NODE_TYPE type : {RVT_ELEMENT, RVT_ATTRIBUTE, RVT_COMMENT, RVT_XML_DECL}) {
+        text += node.IsType(type) ? 'x' : '-';
+    }
+    std::string value(is_attribute ? printer.DoEntityReferenceReplacement(node.GetValue())
+                                   : node.GetValue());
     std::replace_if(
         value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
         ' ');
-    text.append(node->GetName()).append("=").append(value).append("\n");
-    if (node->IsType(RVT_ATTRIBUTE)) {
-        return;
+    text.append(node.GetName()).append("=").append(value).append("\n");
+    for (const RVT_Node& attribute : Attributes(node)) {
+        Dump(attribute, text);
     }
-    RVT_Node_List_Elem* pos = nullptr;
-    for (auto* n = node->GetFirstAttribute(pos); n != nullptr;
-         n = RVT_Node::GetNextAttribute(pos)) {
-        Dump(n, text);
-    }
-    for (auto* n = node->GetFirstChild(pos); n != nullptr; n = RVT_Node::GetNextChild(pos)) {
-        Dump(n, text);
+    for (const RVT_Node& child : Children(node)) {
+        Dump(child, text);
     }
     text += ")\n";
 }
 
 std::string Dump(const RVT_XML_Tree& tree) {
     std::string text;
-    RVT_Node_List_Elem* pos = nullptr;
-    for (auto* n = tree.GetFirstChild(pos); n != nullptr; n = RVT_XML_Tree::GetNextChild(pos)) {
-        Dump(n, text);
+    for (const RVT_Node& node : Children(tree)) {
+        Dump(node, text);
     }
     return text;
 }

@@ -1,7 +1,11 @@
-// One run: record, parse, lock, read, act, release, notify, exit.
+// One run: record, parse, do, end, and what is left to say.
+#include <libgen.h>
+
 #include <new>
 #include <span>
+#include <string>
 
+#include "base/complaints.h"
 #include "base/process.h"
 #include "frontend/parse_command.h"
 #include "frontend/usage.h"
@@ -25,6 +29,18 @@ static Outcome Do(Run& run, std::span<const char* const> words) {
     }
 }
 
+// The message of the failure that ended the run.
+static char rvt_err_msg[kLongestMessage + 1];
+
+// Prints what the run has to say on standard error, the message of a failure last.
+static void PrintErrors(std::string program, const Outcome& outcome) {
+    rvt_err_msg[outcome.message().copy(rvt_err_msg, kLongestMessage)] = '\0';
+    if (rvt_err_msg[0] != '\0') {
+        Complain(std::string(basename(program.data())) + ": " + rvt_err_msg + "\n");
+    }
+    PrintComplaints();
+}
+
 int main(int argc, char** argv) {
     PrepareProcess();
     Run run;
@@ -34,5 +50,7 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         outcome = {ExitCode::kWriteFailed, "Out of memory."};
     }
-    return run.End(outcome);
+    run.End(outcome);
+    PrintErrors(argc > 0 ? argv[0] : "tqsmgr", outcome);
+    return Number(outcome.code());
 }

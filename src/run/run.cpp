@@ -1,9 +1,7 @@
 #include "run/run.h"
 
-#include <libgen.h>
 #include <unistd.h>
 
-#include "base/complaints.h"
 #include "base/files.h"
 #include "base/output.h"
 #include "base/paths.h"
@@ -19,13 +17,7 @@
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
 
-char rvt_err_msg[kLongestMessage + 1];
-
 Outcome Run::Begin(std::span<const char* const> words) {
-    if (!words.empty()) {
-        std::string path = words.front();
-        program_ = basename(path.data());
-    }
     return log_.LogCommandLine(words);
 }
 
@@ -161,14 +153,8 @@ Outcome Run::Do(const Command& command) {
     return {};
 }
 
-int Run::End(const Outcome& outcome) {
-    if (!outcome.message().empty()) {
-        rvt_err_msg[outcome.message().copy(rvt_err_msg, kLongestMessage)] = '\0';
-        Complain(program_ + ": " + rvt_err_msg + "\n");
-    }
+void Run::End(const Outcome& outcome) {
     log_.PutExitCode(outcome);
     static_cast<void>(lock_.Unlock());
     AllowTermination();
-    PrintComplaints();
-    return Number(outcome.code());
 }

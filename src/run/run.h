@@ -1,13 +1,15 @@
-// One run: its entry in the log, the lock, the inventory, what it commits and what it prints.
+// One run: its entry in the log, the lock, the inventory, and what it commits. What it has to say
+// on standard error stays with the complaints.
 //
 //     Run run;
 //     Outcome outcome = run.Begin(words);
 //     if (outcome.ok()) { outcome = run.Do(command); }
-//     return run.End(outcome);
+//     run.End(outcome);
 #pragma once
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "base/outcome.h"
 #include "commands/command.h"
@@ -33,10 +35,8 @@ class Run {
     // released. Fails as Unlock, or with kWriteFailed "Write failed for \"%s\".".
     Outcome Print(std::string_view text, const char* name = kStdOut);
 
-    // Ends the run, whatever happened: records its outcome in the log, releases the lock, prints
-    // what it has to say on standard error, for a failure "program: message" as the last line
-    // unless the message is empty, and returns the process's exit status.
-    int End(const Outcome& outcome);
+    // Ends the run, whatever happened: records its outcome in the log and releases the lock.
+    void End(const Outcome& outcome);
 
   private:
     // A text that was asked for, and how far it got.
@@ -56,11 +56,7 @@ class Run {
     Outcome RegenerateKfxConf();
     Outcome Commit(const Command& command);
 
-    std::string program_ = "tqsmgr";  // base name of the program as it was invoked
     TransactionLog log_;
     MapLock lock_;
     Inventory inventory_;
 };
-
-// The message of the failure that ended the run, cut to kLongestMessage bytes.
-extern char rvt_err_msg[kLongestMessage + 1];

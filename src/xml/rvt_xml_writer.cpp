@@ -73,16 +73,14 @@ std::string_view XmlPrinter::DoEntityReferenceReplacement(const char* text) {
 void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t column) {
     // The blank before a name, "=" and the two quotes.
     static constexpr size_t kAround = 4;
-    RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* attribute = node.GetFirstAttribute(pos); attribute != nullptr;
-         attribute = RVT_Node::GetNextAttribute(pos)) {
-        const std::string_view name = attribute->GetName();
-        if (!attribute->IsType(RVT_ATTRIBUTE)) {
+    for (const RVT_Node& attribute : Attributes(node)) {
+        const std::string_view name = attribute.GetName();
+        if (!attribute.IsType(RVT_ATTRIBUTE)) {
             Complain("PrintAttributes: " + std::string(name) + " not an attribute\n");
             outcome_ = Outcome(ExitCode::kLookupFailed, "");
             return;
         }
-        std::string_view value = DoEntityReferenceReplacement(attribute->GetValue());
+        std::string_view value = DoEntityReferenceReplacement(attribute.GetValue());
         std::string referenced;
         if (is_xml_11_) {
             referenced = WithControlReferences(value);
@@ -113,7 +111,7 @@ void XmlPrinter::PrintElement(const RVT_Node& node, size_t depth) {
         return;
     }
     out_.Put(">\n");
-    PrintChildren(node, depth + kIndent);
+    PrintAll(Children(node), depth + kIndent);
     out_.PutSpaces(depth);
     out_.Put("</");
     out_.Put(name);
@@ -145,25 +143,23 @@ void XmlPrinter::PrintNodes(const RVT_Node& node, size_t depth) {
     }
 }
 
-void XmlPrinter::PrintChildren(const RVT_Node& node, size_t depth) {
-    RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr && CanGoOn();
-         child = RVT_Node::GetNextChild(pos)) {
-        PrintNodes(*child, depth);
+void XmlPrinter::PrintAll(const ChildWalk& nodes, size_t depth) {
+    for (const RVT_Node& node : nodes) {
+        if (!outcome_.ok() || out_.HasFailed()) {
+            break;
+        }
+        PrintNodes(node, depth);
     }
 }
 
 // An attribute of the tree's XML declaration, empty for none.
 static std::string Declared(const RVT_XML_Tree& tree, std::string_view name) {
-    RVT_Node_List_Elem* pos = nullptr;
-    const RVT_Node* first = tree.GetFirstChild(pos);
-    if (first == nullptr || !first->IsType(RVT_XML_DECL)) {
-        return "";
-    }
-    for (const RVT_Node* attribute = first->GetFirstAttribute(pos); attribute != nullptr;
-         attribute = RVT_Node::GetNextAttribute(pos)) {
-        if (attribute->IsName(name)) {
-            return attribute->GetValue();
+    const RVT_Node* first = Children(tree).First();
+    if (first != nullptr && first->IsType(RVT_XML_DECL)) {
+        for (const RVT_Node& attribute : Attributes(*first)) {
+            if (attribute.IsName(name)) {
+                return attribute.GetValue();
+            }
         }
     }
     return "";
@@ -175,28 +171,21 @@ static bool IsXml11(const RVT_XML_Tree& tree) {
 
 Outcome PrintTree(Output& out, const RVT_XML_Tree& tree) {
     XmlPrinter printer(out, IsXml11(tree));
-    RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr && printer.CanGoOn();
-         node = RVT_XML_Tree::GetNextChild(pos)) {
-        printer.PrintNodes(*node, 0);
-    }
+    printer.PrintAll(Children(tree), 0);
     return printer.outcome();
 }
 
-// What a node and all below it say, whatever the layout.
-static void PutContent(Output& out, XmlPrinter& printer, const RVT_Node& node) {
-    if (node.IsType(RVT_DELETED)) {
-        return;
+// What nodes and all below them say, whatever the layout.
+static void PutContent(Output& out, XmlPrinter& printer, const ChildWalk& nodes) {
+    for (const RVT_Node& node : nodes) {
+        if (!node.IsType(RVT_DELETED)) {
+            out.Put(node.GetName());
+            out.Put(node.GetValue());
+            printer.PrintAttributes(node, 0, 0);
+            PutContent(out, printer, Children(node));
+            out.Put(">");
+        }
     }
-    out.Put(node.GetName());
-    out.Put(node.GetValue());
-    printer.PrintAttributes(node, 0, 0);
-    RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* child = node.GetFirstChild(pos); child != nullptr;
-         child = RVT_Node::GetNextChild(pos)) {
-        PutContent(out, printer, *child);
-    }
-    out.Put(">");
 }
 
 // White space in values comes back as blanks, and a carriage return with its line feed as one,
@@ -205,11 +194,7 @@ static std::string Content(const RVT_XML_Tree& tree) {
     std::string content;
     Output out(content);
     XmlPrinter printer(out, IsXml11(tree));
-    RVT_Node_List_Elem* pos = nullptr;
-    for (const RVT_Node* node = tree.GetFirstChild(pos); node != nullptr;
-         node = RVT_XML_Tree::GetNextChild(pos)) {
-        PutContent(out, printer, *node);
-    }
+    PutContent(out, printer, Children(tree));
     static_cast<void>(out.Flush());
     std::string blank;
     for (size_t i = 0; i < content.size(); ++i) {

@@ -23,6 +23,7 @@
 #include "base/outcome.h"
 #include "base/output.h"
 #include "xml/rvt_node.h"
+#include "xml/walk.h"
 
 // Replaces the map file "path" by the tree: a new file beside it, its name followed by ".tmp", is
 // written, synced and moved over it. The file has the encoding that the tree's XML declaration
@@ -44,9 +45,9 @@ class XmlPrinter {
     // Prints to "out", for a document of XML 1.1 or 1.0.
     XmlPrinter(Output& out, bool is_xml_11) : out_(out), is_xml_11_(is_xml_11) {}
 
-    // One node with all below it; a node's children.
+    // One node with all below it; several nodes.
     void PrintNodes(const RVT_Node& node, size_t depth);
-    void PrintChildren(const RVT_Node& node, size_t depth);
+    void PrintAll(const ChildWalk& nodes, size_t depth);
     // The attributes of a node that stands at "depth"; "column" is the number of bytes already on
     // the line.
     void PrintAttributes(const RVT_Node& node, size_t depth, size_t column);
@@ -54,7 +55,6 @@ class XmlPrinter {
     // kLookupFailed without a message when a list of attributes held another node, of which
     // standard error tells.
     const Outcome& outcome() const { return outcome_; }
-    [[nodiscard]] bool CanGoOn() const { return outcome_.ok() && !out_.HasFailed(); }
 
     // "text" with the five characters that XML reserves replaced by their entities, cut when it has
     // reached kLongestValue bytes, but not within a character. Valid until the next call.
