@@ -92,10 +92,11 @@ void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t colu
             out_.PutSpaces(depth + kContinuation);
             column = depth + kContinuation;
         }
-        for (const std::string_view piece : {std::string_view(" "), name, std::string_view("=\""),
-                                             value, std::string_view("\"")}) {
-            out_.Put(piece);
-        }
+        out_.Put(" ");
+        out_.Put(name);
+        out_.Put("=\"");
+        out_.Put(value);
+        out_.Put("\"");
         column += width;
     }
 }
