@@ -44,23 +44,32 @@ RVT_Node* FindCache(const RVT_Node& platform) {
     return LiveElements(platform, tag::Cache).First();
 }
 
+// Without a range: most of the time that commands take is spent here.
 static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
-    for (RVT_Node& attribute : Attributes(node)) {
-        if (attribute.IsName(name)) {
-            return &attribute;
-        }
+    RVT_Node_List_Elem* pos = nullptr;
+    RVT_Node* attribute = node.GetFirstAttribute(pos);
+    while (attribute != nullptr && !attribute->IsName(name)) {
+        attribute = RVT_Node::GetNextAttribute(pos);
     }
-    return nullptr;
+    return attribute;
 }
 
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
     return AttributeWithName(node, InternName(name));
 }
 
+Result<RVT_Node*> FindMapAttribute(const RVT_Node& map, std::string_view name) {
+    RVT_Node* attribute = FindAttribute(map, name);
+    return attribute != nullptr
+               ? Result(attribute)
+               : Failure(ExitCode::kIncompleteMap,
+                         "Cannot find the \"%s\" attribute for SystemMap.", name.data());
+}
+
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
-    const NameId name_attribute = InternName(name_tag);
+    static const NameId kName = InternName(name_tag);
     for (RVT_Node& property : ElementsEvenDeleted(property_map, tag::Property)) {
-        const RVT_Node* called = AttributeWithName(property, name_attribute);
+        const RVT_Node* called = AttributeWithName(property, kName);
         if (called != nullptr && called->IsValue(name)) {
             return &property;
         }
@@ -71,7 +80,8 @@ RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
 RVT_Node* FindPropertyValue(const RVT_Node& element, Property property) {
     const RVT_Node* map = FindPropertyMap(element);
     const RVT_Node* found = map == nullptr ? nullptr : FindProperty(*map, RowOf(property).name);
-    return found == nullptr ? nullptr : FindAttribute(*found, value_tag);
+    static const NameId kValue = InternName(value_tag);
+    return found == nullptr ? nullptr : AttributeWithName(*found, kValue);
 }
 
 std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, Property property) {
