@@ -12,17 +12,17 @@ static Outcome CacheNotFound() {
 }
 
 static Result<RVT_Node*> FindCacheElement(const RVT_XML_Tree& document) {
-    const ChildWalk nodes = Children(document);
+    const NodeWalk nodes = Children(document);
     auto node = nodes.begin();
     if (node == nodes.end()) {
         return CacheNotFound();
     }
-    if (!(*node).IsType(RVT_XML_DECL)) {
+    if (!node->IsType(RVT_XML_DECL)) {
         return Outcome(ExitCode::kIncompleteMap,
                        "First line must contain a <?xml ...> declaration.");
     }
     ++node;
-    if (node == nodes.end() || !(*node).IsType(RVT_ELEMENT) || !(*node).IsName(tag::Cache)) {
+    if (node == nodes.end() || !node->IsType(RVT_ELEMENT) || !node->IsName(tag::Cache)) {
         return CacheNotFound();
     }
     return &*node;
@@ -57,7 +57,7 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
         return outcome;
     }
     if (RVT_Node* old = FindCache(**platform); old != nullptr) {
-        inventory.Remove(**platform, *old);
+        inventory.Remove(*old, *platform);
     }
     (*platform)->AddChild(*cache);
     return {};
@@ -66,7 +66,7 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
 Outcome RemoveCache(const Command& command, Inventory& inventory) {
     const Result<RVT_Node*> platform = inventory.FindPlatformWithCache(command.name);
     if (platform.ok()) {
-        inventory.Remove(**platform, *FindCache(**platform));
+        inventory.Remove(*FindCache(**platform), *platform);
     }
     return platform.outcome();
 }

@@ -26,7 +26,7 @@ enum class Action {
     kGetConfigValue,
     kSetConfigValue,
     kShowHelp,
-    kShowVersion,
+    kShowVersion
 };
 
 // A property's new value. A switch is "true" or "false".

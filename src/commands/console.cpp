@@ -2,44 +2,34 @@
 
 #include <array>
 
-#include "commands/addition.h"
-#include "commands/update.h"
+#include "commands/change.h"
 #include "model/checks.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
 
+using enum Property;
+
 namespace {
 
-// The parent of a new console; a platform lends it its address.
-Outcome HasParent(Addition& addition) {
-    const std::string& name = addition.command.platform;
-    const Result<RVT_Node*> parent = name.empty()
-                                         ? addition.inventory.NeedSystemMap(ExitCode::kLookupFailed)
-                                         : addition.inventory.FindPlatform(name);
-    if (!parent.ok()) {
-        return parent.outcome();
-    }
-    addition.parent = *parent;
+// The platform of a new console lends it its address.
+Outcome HasParent(Change& change) {
+    const std::string& name = change.command.platform;
     if (name.empty()) {
-        return {};
+        return change.inventory.NeedSystemMap(ExitCode::kLookupFailed).outcome();
     }
-    const auto address = GetPropertyValue(**parent, Property::kAddress);
-    if (!address) {
-        return PropertyMissing(**parent, Property::kAddress);
+    const Result<RVT_Node*> platform = change.inventory.FindPlatform(name);
+    if (!platform.ok()) {
+        return platform.outcome();
     }
-    addition.values[Property::kAddress] = *address;
-    return {};
+    change.place.platform = *platform;
+    const auto address = GetPropertyValue(**platform, kAddress);
+    change.values[kAddress] = address.value_or("");
+    return address ? Outcome() : PropertyMissing(**platform, kAddress);
 }
 
-Outcome PortIsFree(Addition& addition) {
-    return CheckPortIsFree(addition.inventory, addition.values[Property::kAddress],
-                           addition.values[Property::kPort]);
-}
-
-Outcome NewEventsHaveLogging(Addition& addition) {
-    return CheckEventsHaveLogging(addition.values[Property::kLogging],
-                                  addition.values[Property::kEvents]);
+Outcome PortIsFree(Change& change) {
+    return CheckPortIsFree(change.inventory, change[kAddress], change[kPort]);
 }
 
 constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
@@ -51,79 +41,69 @@ constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
     {.whole = HasParent},
     {.whole = PortIsFree},
     {.form = ValueKind::kEventFile},
-    {.whole = NewEventsHaveLogging},
+    {.whole = EventsHaveLogging},
 });
 
 // What stands before the port in a new console's identifier: its platform's identifier, or a number
 // of its own. Nothing can fail after this.
-Result<std::string> TakeOwnerID(const RVT_Node& parent) {
-    if (parent.IsName(tag::Platform)) {
-        const Result<std::string_view> id = ReadID(parent);
-        return id.ok() ? Result(std::string(*id)) : id.outcome();
+Result<std::string> TakeOwnerID(const Place& place, const Inventory& inventory) {
+    if (place.platform == nullptr) {
+        return TakeSerial(*inventory.FindSystemMap());
     }
-    Result<Serial> serial = Serial::Read(parent);
-    return serial.ok() ? Result(serial->Take()) : serial.outcome();
+    const Result<std::string_view> id = ReadID(*place.platform);
+    return id.ok() ? Result(std::string(*id)) : id.outcome();
 }
 
 // Whether the console's port is its own at its address. At its platform's address the count finds
 // the console itself, unless the platform has that port: it may then keep the port but not take it.
 // At another address the count cannot find a console that is inside a platform.
-Outcome PortStaysUnique(const Update& update) {
-    const auto& [console, platform] = update.place;
-    const std::string* given = NewValue(update.command, Property::kAddress);
-    std::string_view address =
-        given != nullptr
-            ? *given
-            : PropertyOrEmpty(platform == nullptr ? *console : *platform, Property::kAddress);
-    if (address.empty()) {
-        const auto own = GetPropertyValue(*console, Property::kAddress);
-        if (!own) {
-            return PropertyMissing(*console, Property::kAddress);
+Outcome PortStaysUnique(Change& change) {
+    const auto& [console, platform] = change.place;
+    const bool is_inside = platform != nullptr;
+    const std::string_view lent = is_inside ? PropertyOrEmpty(*platform, kAddress) : "";
+    const bool uses_own = lent.empty() || NewValue(change.command, kAddress) != nullptr;
+    const std::string_view address = uses_own ? change[kAddress] : lent;
+    const std::string_view port = change[kPort];
+    for (const Property needed : {uses_own ? kAddress : kPort, kPort}) {
+        if (!change.values.Has(needed)) {
+            return PropertyMissing(*console, needed);
         }
-        address = *own;
     }
-    const auto port = GetPropertyValue(*console, Property::kPort);
-    if (!port) {
-        return PropertyMissing(*console, Property::kPort);
-    }
-    const bool is_seen =
-        platform == nullptr || PropertyOrEmpty(*platform, Property::kAddress) == address;
-    const bool takes_platform_port = is_seen && platform != nullptr && port != update.port_before &&
-                                     PropertyOrEmpty(*platform, Property::kPort) == port;
+    const bool is_seen = !is_inside || lent == address;
+    const bool takes_platform_port = is_seen && is_inside && port != change.port_before &&
+                                     PropertyOrEmpty(*platform, kPort) == port;
     const int expected = is_seen ? 1 : 0;
     return takes_platform_port ||
-                   update.inventory.GetCountOfConsolesWithAddress(address, *port) != expected
-               ? PortTaken(*port)
+                   change.inventory.GetCountOfConsolesWithAddress(address, port) != expected
+               ? PortTaken(port)
                : Outcome();
 }
 
 // Not a check: the identifiers follow the port once all checks have passed.
-Outcome RewriteIdentifiers(const Update& update) {
-    return HandleConsolePortChange(*update.place.element, std::string(update.port_before),
-                                   *NewValue(update.command, Property::kPort));
+Outcome RewriteIdentifiers(Change& change) {
+    return HandleConsolePortChange(*change.place.element, std::string(change.port_before),
+                                   change[kPort]);
 }
 
-constexpr auto kValueChecks = std::to_array<ValueCheck>({
-    {Property::kName, NewNameIsFree},
-});
+constexpr auto kValueChecks = std::to_array<ValueCheck>({{kName, NameIsFree}});
 
 constexpr auto kWholeChecks = std::to_array<WholeCheck>({
-    {Property::kLogging, Property::kEvents, EventsHaveLogging},
-    {Property::kAddress, Property::kPort, PortStaysUnique},
-    {Property::kPort, Property::kPort, RewriteIdentifiers},
+    {kLogging, kEvents, EventsHaveLogging},
+    {kAddress, kPort, PortStaysUnique},
+    {kPort, kPort, RewriteIdentifiers},
 });
 
 }  // namespace
 
 Outcome AddConsole(const Command& command, Inventory& inventory) {
-    Addition addition(command, inventory, Owner::kConsole);
-    if (Outcome outcome = Check(addition, kAdditionChecks); !outcome.ok()) {
+    Change addition = Addition(command, inventory, Owner::kConsole);
+    if (Outcome outcome = CheckAddition(addition, kAdditionChecks); !outcome.ok()) {
         return outcome;
     }
-    const Result<std::string> owner_id = TakeOwnerID(*addition.parent);
+    const Result<std::string> owner_id = TakeOwnerID(addition.place, inventory);
     if (owner_id.ok()) {
-        const std::string id = ConsoleID(*owner_id, addition.values[Property::kPort]);
-        inventory.Add(*addition.parent, Owner::kConsole, id, addition.values);
+        inventory.Add(addition.place.platform, Owner::kConsole,
+                      ConsoleID(*owner_id, addition[kPort]), addition.values);
     }
     return owner_id.outcome();
 }
@@ -133,14 +113,12 @@ Outcome UpdateConsole(const Command& command, Inventory& inventory) {
     if (!place.ok()) {
         return place.outcome();
     }
-    const auto& [console, platform] = *place;
-    const RVT_Node& addressed = platform == nullptr ? *console : *platform;
-    if (!GetPropertyValue(addressed, Property::kAddress)) {
-        return PropertyMissing(addressed, Property::kAddress);
+    const RVT_Node& addressed = place->platform == nullptr ? *place->element : *place->platform;
+    if (!GetPropertyValue(addressed, kAddress)) {
+        return PropertyMissing(addressed, kAddress);
     }
-    const Update update = {command, inventory, Owner::kConsole, *place,
-                           PropertyOrEmpty(*console, Property::kPort)};
-    return Apply(update, kValueChecks, kWholeChecks);
+    Change update = Update(command, inventory, Owner::kConsole, *place);
+    return ApplyUpdate(update, kValueChecks, kWholeChecks);
 }
 
 Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_port,
@@ -165,8 +143,7 @@ Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_
 Outcome RemoveConsole(const Command& command, Inventory& inventory) {
     const Result<Place> place = inventory.FindConsole(command.name);
     if (place.ok()) {
-        inventory.Remove(place->platform == nullptr ? *inventory.FindSystemMap() : *place->platform,
-                         *place->element);
+        inventory.Remove(*place->element, place->platform);
     }
     return place.outcome();
 }

@@ -2,22 +2,14 @@
 
 #include <array>
 
-#include "commands/addition.h"
-#include "commands/update.h"
+#include "commands/change.h"
 #include "model/checks.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
 
+using enum Property;
+
 namespace {
-
-Outcome PortsAreARange(Addition& addition) {
-    return CheckPortRange(addition.values[Property::kFirstTsPort],
-                          addition.values[Property::kLastTsPort]);
-}
-
-Outcome AddressIsFree(Addition& addition) {
-    return CheckAddressIsFree(addition.inventory, nullptr, addition.values[Property::kAddress]);
-}
 
 constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
     {.whole = NameIsFree},
@@ -31,61 +23,51 @@ constexpr auto kAdditionChecks = std::to_array<AdditionCheck>({
     {.whole = AddressIsFree},
 });
 
-Outcome NewAddressIsFree(const Update& update, std::string_view value) {
-    return CheckAddressIsFree(update.inventory, update.place.element, value);
-}
-
 // A port that changes may not be in use at the platform's address, as it stands by then.
-Outcome NewPortIsFree(const Update& update, std::string_view value) {
-    const RVT_Node& platform = *update.place.element;
-    if (PropertyOrEmpty(platform, Property::kPort) == value) {
+Outcome PortIsFree(Change& change) {
+    const RVT_Node& platform = *change.place.element;
+    if (PropertyOrEmpty(platform, kPort) == change[kPort]) {
         return {};
     }
-    const auto address = GetPropertyValue(platform, Property::kAddress);
-    return address ? CheckPortIsFree(update.inventory, *address, value)
-                   : PropertyMissing(platform, Property::kAddress);
+    return change.values.Has(kAddress)
+               ? CheckPortIsFree(change.inventory, change[kAddress], change[kPort])
+               : PropertyMissing(platform, kAddress);
 }
 
 constexpr auto kValueChecks = std::to_array<ValueCheck>({
-    {Property::kName, NewNameIsFree},
-    {Property::kAddress, NewAddressIsFree},
-    {Property::kPort, NewPortIsFree},
+    {kName, NameIsFree},
+    {kAddress, AddressIsFree},
+    {kPort, PortIsFree},
 });
 
-Outcome NewPortsAreARange(const Update& update) {
-    return CheckPortRange(PropertyOrEmpty(*update.place.element, Property::kFirstTsPort),
-                          PropertyOrEmpty(*update.place.element, Property::kLastTsPort));
-}
-
 constexpr auto kWholeChecks = std::to_array<WholeCheck>({
-    {Property::kLogging, Property::kEvents, EventsHaveLogging},
-    {Property::kFirstTsPort, Property::kLastTsPort, NewPortsAreARange},
+    {kLogging, kEvents, EventsHaveLogging},
+    {kFirstTsPort, kLastTsPort, PortsAreARange},
 });
 
 Result<RVT_Node*> FindNamed(const Command& command, const Inventory& inventory) {
     const Result<RVT_Node*> platform = inventory.FindPlatform(command.name);
-    if (!platform.ok()) {
-        return Failure(ExitCode::kLookupFailed, "Platform \"%s\" not found.", command.name.c_str());
-    }
-    return platform;
+    return platform.ok() ? platform
+                         : Failure(ExitCode::kLookupFailed, "Platform \"%s\" not found.",
+                                   command.name.c_str());
 }
 
 }  // namespace
 
 Outcome AddPlatform(const Command& command, Inventory& inventory) {
-    Addition addition(command, inventory, Owner::kPlatform);
-    if (Outcome outcome = Check(addition, kAdditionChecks); !outcome.ok()) {
+    Change addition = Addition(command, inventory, Owner::kPlatform);
+    if (Outcome outcome = CheckAddition(addition, kAdditionChecks); !outcome.ok()) {
         return outcome;
     }
     const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
     if (!map.ok()) {
         return map.outcome();
     }
-    Result<Serial> serial = Serial::Read(**map);
-    if (serial.ok()) {
-        inventory.Add(**map, Owner::kPlatform, serial->Take(), addition.values);
+    const Result<std::string> id = TakeSerial(**map);
+    if (id.ok()) {
+        inventory.Add(nullptr, Owner::kPlatform, *id, addition.values);
     }
-    return serial.outcome();
+    return id.outcome();
 }
 
 Outcome UpdatePlatform(const Command& command, Inventory& inventory) {
@@ -93,14 +75,14 @@ Outcome UpdatePlatform(const Command& command, Inventory& inventory) {
     if (!platform.ok()) {
         return platform.outcome();
     }
-    const Update update = {command, inventory, Owner::kPlatform, {*platform}};
-    return Apply(update, kValueChecks, kWholeChecks);
+    Change update = Update(command, inventory, Owner::kPlatform, {*platform});
+    return ApplyUpdate(update, kValueChecks, kWholeChecks);
 }
 
 Outcome RemovePlatform(const Command& command, Inventory& inventory) {
     const Result<RVT_Node*> platform = FindNamed(command, inventory);
     if (platform.ok()) {
-        inventory.Remove(*inventory.FindSystemMap(), **platform);
+        inventory.Remove(**platform, nullptr);
     }
     return platform.outcome();
 }

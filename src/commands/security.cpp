@@ -8,12 +8,7 @@ static Result<RVT_Node*> FindSecurity(const Inventory& inventory) {
     if (!map.ok()) {
         return map.outcome();
     }
-    RVT_Node* security = FindAttribute(**map, security_tag);
-    if (security == nullptr) {
-        return Outcome(ExitCode::kIncompleteMap,
-                       "Cannot find the \"security\" attribute for SystemMap.");
-    }
-    return security;
+    return FindMapAttribute(**map, security_tag);
 }
 
 Outcome SetSecurity(const Command& command, Inventory& inventory) {

@@ -8,10 +8,12 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
+using enum Property;
+
 namespace {
 
 // Whose value a column has.
-enum class Source {
+enum Source {
     kElement,   // of the platform or console that the line is about
     kTopLevel,  // of the platform that it is inside of, or of itself
     kPlatform,  // the same, but a standalone console has something else there
@@ -19,7 +21,7 @@ enum class Source {
 
 struct Column {
     Property property;
-    Source source = Source::kElement;
+    Source source = kElement;
     // What stands in its place where a platform or standalone console has no such value.
     std::string_view otherwise = "";
     std::string_view when_empty = "";
@@ -29,27 +31,24 @@ struct Column {
 constexpr std::string_view kTwoQuotes = "\"\"";
 
 constexpr std::array<Column, std::tuple_size_v<KfxConfLine>> kColumns = {{
-    {.property = Property::kName},
-    {.property = Property::kAddress, .source = Source::kTopLevel},
-    {.property = Property::kPort},
-    {.property = Property::kPort, .source = Source::kPlatform, .otherwise = "23"},
-    {.property = Property::kMappedPort},
-    {.property = Property::kModel, .source = Source::kPlatform, .otherwise = "<other>"},
+    {.property = kName},
+    {.property = kAddress, .source = kTopLevel},
+    {.property = kPort},
+    {.property = kPort, .source = kPlatform, .otherwise = "23"},
+    {.property = kMappedPort},
+    {.property = kModel, .source = kPlatform, .otherwise = "<other>"},
     // A standalone console has its address here.
-    {.property = Property::kName, .source = Source::kPlatform, .behind = " \""},
-    {.property = Property::kType, .otherwise = unknown_value, .behind = "\" "},
-    {.property = Property::kLogging},
-    {.property = Property::kEvents},
-    {.property = Property::kEnable},
-    {.property = Property::kAuth},
-    {.property = Property::kEventFile, .when_empty = kTwoQuotes, .behind = " \""},
-    {.property = Property::kDescription, .when_empty = "none", .behind = "\" "},
-    {.property = Property::kTemplate, .source = Source::kPlatform, .when_empty = kTwoQuotes},
-    {.property = Property::kFirstTsPort, .source = Source::kPlatform, .when_empty = kTwoQuotes},
-    {.property = Property::kLastTsPort,
-     .source = Source::kPlatform,
-     .when_empty = kTwoQuotes,
-     .behind = "\n"},
+    {.property = kName, .source = kPlatform, .behind = " \""},
+    {.property = kType, .otherwise = unknown_value, .behind = "\" "},
+    {.property = kLogging},
+    {.property = kEvents},
+    {.property = kEnable},
+    {.property = kAuth},
+    {.property = kEventFile, .when_empty = kTwoQuotes, .behind = " \""},
+    {.property = kDescription, .when_empty = "none", .behind = "\" "},
+    {.property = kTemplate, .source = kPlatform, .when_empty = kTwoQuotes},
+    {.property = kFirstTsPort, .source = kPlatform, .when_empty = kTwoQuotes},
+    {.property = kLastTsPort, .source = kPlatform, .when_empty = kTwoQuotes, .behind = "\n"},
 }};
 
 Owner OwnerOf(const RVT_Node& element) {
@@ -76,8 +75,8 @@ std::string_view FieldOf(const PropertyValues& values, Property property) {
 }
 
 std::string_view TopLevelField(const PropertyValues& values, Owner owner, const Column& column) {
-    if (owner == Owner::kConsole && column.source == Source::kPlatform) {
-        return column.property == Property::kName ? values[Property::kAddress] : column.otherwise;
+    if (owner == Owner::kConsole && column.source == kPlatform) {
+        return column.property == kName ? values[kAddress] : column.otherwise;
     }
     return Has(owner, column.property) ? FieldOf(values, column.property) : column.otherwise;
 }
@@ -92,7 +91,7 @@ Result<KfxConfLine> GetKfxConfData(const RVT_Node& element) {
     }
     KfxConfLine line;
     for (size_t i = 0; i < line.size(); ++i) {
-        line.at(i) = TopLevelField(values, owner, kColumns.at(i));
+        line[i] = TopLevelField(values, owner, kColumns[i]);
     }
     return line;
 }
@@ -100,13 +99,13 @@ Result<KfxConfLine> GetKfxConfData(const RVT_Node& element) {
 bool GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
     PropertyValues values = GetPropertyValues(console, Owner::kConsole);
     // Its own address is not looked at.
-    values[Property::kAddress] = "";
+    values[kAddress] = "";
     if (FirstMissing(Owner::kConsole, values)) {
         return false;
     }
     for (size_t i = 0; i < line.size(); ++i) {
-        if (kColumns.at(i).source == Source::kElement) {
-            line.at(i) = FieldOf(values, kColumns.at(i).property);
+        if (kColumns[i].source == kElement) {
+            line[i] = FieldOf(values, kColumns[i].property);
         }
     }
     return true;
@@ -114,8 +113,8 @@ bool GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
 
 Outcome WriteFields(Output& out, const KfxConfLine& line) {
     for (size_t i = 0; i < line.size(); ++i) {
-        const Column& column = kColumns.at(i);
-        out.Put(line.at(i).empty() ? column.when_empty : line.at(i));
+        const Column& column = kColumns[i];
+        out.Put(line[i].empty() ? column.when_empty : line[i]);
         out.Put(column.behind);
     }
     return out.HasFailed()

@@ -21,19 +21,13 @@ bool TakeAs(ValueKind kind, std::string& value) {
            (IsXmlText(value) && value.find_first_of("\n\r") == std::string::npos);
 }
 
-bool BeginsPhrase(std::string_view word) {
-    return word == "-add" || word == "-update" || word == "-remove";
-}
-
 // Each function that takes words returns false where they are none of a command line.
 class Parser {
   public:
     explicit Parser(std::span<const char* const> words) : words_(words) {}
 
     bool Parse() {
-        while (!words_.empty()) {
-            const std::string_view word = words_.front();
-            words_ = words_.subspan(1);
+        for (std::string word; Take(word);) {
             if (const ActionRow* row = FindAction(word); row != nullptr) {
                 words_ = words_.subspan(row->object.empty() ? 0 : 1);
                 command_.action = row->action;
@@ -82,7 +76,7 @@ class Parser {
             return taken && (name == "web" || name == "kfxd");
         }
         // Behind -add, -update and -remove, a word that is no object is looked at like any other.
-        return BeginsPhrase(word) && !words_.empty();
+        return (word == "-add" || word == "-update" || word == "-remove") && !words_.empty();
     }
 
     bool TakeConfig() {
@@ -102,48 +96,48 @@ class Parser {
                 return Take(command_.security) && words_.empty() &&
                        (command_.security == switch_on || command_.security == switch_off);
             case Rest::kOptions:
+                return TakeOptions(row);
             case Rest::kNewElement:
+                return TakeOptions(row) && HasWhatItNeeds(row);
             case Rest::kChanges:
-                return TakeOptions(row) && IsComplete(row);
+                return TakeOptions(row) && !command_.name.empty() && !command_.settings.empty();
             default:
                 return words_.empty();
         }
     }
 
     bool TakeOptions(const ActionRow& row) {
-        while (!words_.empty()) {
-            const std::string_view word = words_.front();
-            words_ = words_.subspan(1);
-            std::string value;
-            if (!Take(value) || !TakeOption(row, word, std::move(value))) {
+        std::string word;
+        std::string value;
+        while (Take(word)) {
+            if (!Take(value) || !TakeOption(row, word, value)) {
                 return false;
             }
         }
         return true;
     }
 
-    bool TakeOption(const ActionRow& row, std::string_view word, std::string value) {
+    bool TakeOption(const ActionRow& row, const std::string& word, const std::string& value) {
         if (word == row.target) {
-            command_.name = std::move(value);
+            command_.name = value;
             return true;
         }
         if (word == "-platform" && row.action == Action::kAddSystem) {
-            command_.platform = std::move(value);
+            command_.platform = value;
             platform_given_ = true;
             return true;
         }
         if (word == "-newname" && row.rest == Rest::kChanges) {
-            return !value.empty() && Record(row, Property::kName, std::move(value));
+            return !value.empty() && Record(row, Property::kName, value);
         }
-        return row.rest != Rest::kOptions && TakeProperty(row, word, std::move(value));
+        return row.rest != Rest::kOptions && TakeProperty(row, word, value);
     }
 
-    bool TakeProperty(const ActionRow& row, std::string_view word, std::string value) {
+    bool TakeProperty(const ActionRow& row, const std::string& word, std::string value) {
         for (const PropertyRow& property : kPropertyTable) {
-            if (word.starts_with('-') && property.key == word.substr(1) &&
+            if (word.substr(0, 1) == "-" && word.substr(1) == property.key &&
                 Has(row.owner, property.property)) {
-                return TakeAs(property.kind, value) &&
-                       Record(row, property.property, std::move(value));
+                return TakeAs(property.kind, value) && Record(row, property.property, value);
             }
         }
         return false;
@@ -151,22 +145,12 @@ class Parser {
 
     bool Record(const ActionRow& row, Property property, std::string value) {
         static constexpr size_t kMostChanges = 30;
-        command_.settings.push_back({property, std::move(value)});
+        command_.settings.push_back({property, value});
         return row.rest != Rest::kChanges || command_.settings.size() <= kMostChanges;
     }
 
-    bool IsComplete(const ActionRow& row) {
-        switch (row.rest) {
-            case Rest::kChanges:
-                return !command_.name.empty() && !command_.settings.empty();
-            case Rest::kNewElement:
-                return HasWhatItNeeds(row) && SwitchEvents();
-            default:
-                return true;
-        }
-    }
-
-    // A console may have its platform's address instead of one of its own, not both.
+    // Whether nothing is missing, or too much: a console may have its platform's address instead of
+    // one of its own.
     bool HasWhatItNeeds(const ActionRow& row) {
         for (const Property property : PropertiesOf(row.owner)) {
             const std::string* value =
@@ -179,11 +163,7 @@ class Parser {
                 return false;
             }
         }
-        return true;
-    }
-
-    // A new element that is not logged has no events either, unless asked for.
-    bool SwitchEvents() {
+        // A new element that is not logged has no events either, unless asked for.
         const std::string* logging = NewValue(command_, Property::kLogging);
         if (logging != nullptr && *logging == switch_off &&
             NewValue(command_, Property::kEvents) == nullptr) {

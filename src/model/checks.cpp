@@ -1,75 +1,56 @@
 #include "model/checks.h"
 
+#include <algorithm>
+#include <array>
 #include <string>
 
 #include "model/validation.h"
 #include "model/vocabulary.h"
 
-static Outcome InvalidName(Owner owner) {
-    return Failure(ExitCode::kInvalidName,
-                   "%s name contains invalid characters.\n"
-                   "Use only alpha-numeric characters, \".\", and \"-\".",
-                   owner == Owner::kPlatform ? "Platform" : "System");
-}
+namespace {
 
-// Whether a value is of the form of its kind, or listed where it must be.
-static bool HasForm(ValueKind kind, std::string_view value) {
-    switch (kind) {
-        case ValueKind::kName:
-            return IsValidName(value);
-        case ValueKind::kAddress:
-            return IsValidAddress(value);
-        case ValueKind::kPort:
-        case ValueKind::kTsPort:
-            return IsValidPortNumber(value);
-        case ValueKind::kModel:
-            return IsPlainText(value) && IsModelNumberInDatabase(value);
-        case ValueKind::kType:
-            return IsPlainText(value) && IsOSTypeInDatabase(value);
-        case ValueKind::kEventFile:
-            return IsPlainText(value) && EventFileExists(value);
-        case ValueKind::kSwitch:
-        case ValueKind::kText:
-            break;
-    }
-    return true;
-}
+// What a value of a kind must be, and what is said of another: the value, or for a name the sort of
+// its owner, stands between "before" and "after", nothing where there is no "after".
+struct Form {
+    ValueKind kind;
+    bool (*is_valid)(std::string_view value);
+    ExitCode code;
+    const char* before;
+    const char* after = "";
+};
+
+constexpr auto kForms = std::to_array<Form>({
+    {ValueKind::kName, IsValidName, ExitCode::kInvalidName, "",
+     " name contains invalid characters.\n"
+     "Use only alpha-numeric characters, \".\", and \"-\"."},
+    {ValueKind::kAddress, IsValidAddress, ExitCode::kInvalidAddress, "Invalid IP address \"",
+     "\"."},
+    {ValueKind::kPort, IsValidPortNumber, ExitCode::kInvalidPort, "Invalid port number \"", "\"."},
+    {ValueKind::kTsPort, IsValidPortNumber, ExitCode::kInvalidPort, "Invalid port number \"",
+     "\"."},
+    {ValueKind::kModel,
+     [](std::string_view value) { return IsPlainText(value) && IsModelNumberInDatabase(value); },
+     ExitCode::kUnknownModel, "The model is not in the database."},
+    {ValueKind::kType,
+     [](std::string_view value) { return IsPlainText(value) && IsOSTypeInDatabase(value); },
+     ExitCode::kUnknownOsType, "The OS type is not in the database."},
+    {ValueKind::kEventFile,
+     [](std::string_view value) { return IsPlainText(value) && EventFileExists(value); },
+     ExitCode::kEventFileNotFound, "Event file \"", "\" not found."},
+});
+
+}  // namespace
 
 Outcome CheckForm(Owner owner, Property property, std::string_view value) {
-    const ValueKind kind = RowOf(property).kind;
-    if (HasForm(kind, value)) {
+    const auto form = std::ranges::find(kForms, RowOf(property).kind, &Form::kind);
+    if (form == kForms.end() || form->is_valid(value)) {
         return {};
     }
-    const std::string text(value);
-    switch (kind) {
-        case ValueKind::kName:
-            return InvalidName(owner);
-        case ValueKind::kAddress:
-            return Failure(ExitCode::kInvalidAddress, "Invalid IP address \"%s\".", text.c_str());
-        case ValueKind::kModel:
-            return {ExitCode::kUnknownModel, "The model is not in the database."};
-        case ValueKind::kType:
-            return {ExitCode::kUnknownOsType, "The OS type is not in the database."};
-        case ValueKind::kEventFile:
-            return Failure(ExitCode::kEventFileNotFound, "Event file \"%s\" not found.",
-                           text.c_str());
-        default:
-            return Failure(ExitCode::kInvalidPort, "Invalid port number \"%s\".", text.c_str());
+    std::string between(*form->after == '\0' ? "" : value);
+    if (form->kind == ValueKind::kName) {
+        between = owner == Owner::kPlatform ? "Platform" : "System";
     }
-}
-
-Outcome CheckNameIsFree(const Inventory& inventory, std::string_view name) {
-    return inventory.IsDuplicateName(name)
-               ? Failure(ExitCode::kNameTaken, "Duplicate name \"%s\".", std::string(name).c_str())
-               : Outcome();
-}
-
-Outcome CheckAddressIsFree(const Inventory& inventory, const RVT_Node* node,
-                           std::string_view address) {
-    return inventory.IsDuplicateAddress(node, address)
-               ? Failure(ExitCode::kAddressTaken, "Duplicate IP address \"%s\".",
-                         std::string(address).c_str())
-               : Outcome();
+    return Failure(form->code, "%s%s%s", form->before, between.c_str(), form->after);
 }
 
 Outcome CheckPortIsFree(const Inventory& inventory, std::string_view address,

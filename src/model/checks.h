@@ -18,11 +18,6 @@
 //   other         fine
 Outcome CheckForm(Owner owner, Property property, std::string_view value);
 
-// kNameTaken "Duplicate name \"%s\"."
-Outcome CheckNameIsFree(const Inventory& inventory, std::string_view name);
-// kAddressTaken "Duplicate IP address \"%s\"."; "node" may have it.
-Outcome CheckAddressIsFree(const Inventory& inventory, const RVT_Node* node,
-                           std::string_view address);
 // kPortTaken "Duplicate port number \"%s\"." when it is not free, or in any case.
 Outcome CheckPortIsFree(const Inventory& inventory, std::string_view address,
                         std::string_view port);

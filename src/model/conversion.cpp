@@ -12,25 +12,13 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-static Result<RVT_Node*> FindVersion(const RVT_Node& map) {
-    RVT_Node* version = FindAttribute(map, version_tag);
-    if (version == nullptr) {
-        return Outcome(ExitCode::kIncompleteMap,
-                       "Cannot find the \"version\" attribute for SystemMap.");
-    }
-    return version;
-}
-
-Result<std::string_view> GetVersion(const RVT_Node& map) {
-    const Result<RVT_Node*> version = FindVersion(map);
-    if (!version.ok()) {
-        return version.outcome();
-    }
-    return std::string_view((*version)->GetValue());
+std::string_view GetVersion(const RVT_Node& map) {
+    const RVT_Node* version = FindAttribute(map, version_tag);
+    return version == nullptr ? "" : version->GetValue();
 }
 
 Outcome SetVersion(const RVT_Node& map, std::string_view version) {
-    const Result<RVT_Node*> attribute = FindVersion(map);
+    const Result<RVT_Node*> attribute = FindMapAttribute(map, version_tag);
     if (attribute.ok()) {
         (*attribute)->SetValue(version);
     }
@@ -200,8 +188,7 @@ Result<bool> DoVersionConversion(Inventory& inventory) {
     if (!map.ok()) {
         return map.outcome();
     }
-    const Result<std::string_view> version = GetVersion(**map);
-    if (version.ok() && *version == systemmap_version) {
+    if (GetVersion(**map) == systemmap_version) {
         return false;
     }
     Outcome outcome = ConvertMap(**map);

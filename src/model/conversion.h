@@ -16,9 +16,9 @@
 // "Cannot find SystemMap element."
 Result<bool> DoVersionConversion(Inventory& inventory);
 
-// The "version" attribute of "map". kIncompleteMap "Cannot find the \"version\" attribute for
-// SystemMap."
-Result<std::string_view> GetVersion(const RVT_Node& map);
+// The "version" attribute of "map", empty when it is missing; to set it, it must be there:
+// kIncompleteMap as FindMapAttribute.
+std::string_view GetVersion(const RVT_Node& map);
 Outcome SetVersion(const RVT_Node& map, std::string_view version);
 
 // Merges platforms that share an address into the first of them: the others' consoles go to its

@@ -7,23 +7,17 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-Result<Serial> Serial::Read(const RVT_Node& map) {
-    RVT_Node* attribute = FindAttribute(map, serial_tag);
-    if (attribute == nullptr) {
-        return Failure(ExitCode::kIncompleteMap,
-                       "Cannot find the \"serial\" attribute for SystemMap.");
+Result<std::string> TakeSerial(const RVT_Node& map) {
+    const Result<RVT_Node*> serial = FindMapAttribute(map, serial_tag);
+    if (!serial.ok()) {
+        return serial.outcome();
     }
-    const long number = strtol(attribute->GetValue(), nullptr, 10);
+    std::string taken = (*serial)->GetValue();
+    const long number = strtol(taken.c_str(), nullptr, 10);
     if (number < 1 || number >= INT_MAX) {
-        return Failure(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
+        return Outcome(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
     }
-    return Serial(*attribute, number);
-}
-
-std::string Serial::Take() {
-    std::string taken = attribute_.GetValue();
-    ++number_;
-    attribute_.SetValue(std::to_string(number_));
+    (*serial)->SetValue(std::to_string(number + 1));
     return taken;
 }
 

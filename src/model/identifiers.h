@@ -12,23 +12,11 @@
 #include "base/outcome.h"
 #include "xml/rvt_node.h"
 
-// The "serial" of the map, read and checked before anything changes, and advanced after.
-class Serial {
-  public:
-    // Reads the counter of "map". kIncompleteMap "Cannot find the \"serial\" attribute for
-    // SystemMap." or "File does not contain a valid serial number." for text that does not begin
-    // with a number from 1 to 2147483646 (the last that can be advanced).
-    static Result<Serial> Read(const RVT_Node& map);
-
-    // The number as the map spells it, which may have leading zeros. The counter is advanced.
-    std::string Take();
-
-  private:
-    Serial(RVT_Node& attribute, long number) : attribute_(attribute), number_(number) {}
-
-    RVT_Node& attribute_;
-    long number_;
-};
+// Takes the next number of "map", as the map spells it (it may have leading zeros), and advances
+// the counter. kIncompleteMap "Cannot find the \"serial\" attribute for SystemMap." or "File does
+// not contain a valid serial number." for text that does not begin with a number from 1 to
+// 2147483646 (the last that can be advanced); nothing is changed then.
+Result<std::string> TakeSerial(const RVT_Node& map);
 
 // The "ID" of an element. kIncompleteMap "ID not found in XML data."
 Result<std::string_view> ReadID(const RVT_Node& element);

@@ -1,31 +1,34 @@
 #include "model/index.h"
 
-#include <algorithm>
-
 #include "base/text.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-// The number that is kept for "key", 0 for none.
-template <typename Table, typename Key>
-static int At(const Table& table, const Key& key) {
-    const auto found = table.find(key);
-    return found == table.end() ? 0 : found->second;
+// Keys of what is counted. A port is counted below the address of a platform or standalone console,
+// and below its platform for a console inside one. No text of the map holds a zero byte.
+static std::string NameKey(std::string_view name) {
+    return ToLower(name);
+}
+static std::string AddressKey(std::string_view address) {
+    return std::string(1, '\0').append(address);
+}
+static std::string PortKey(std::string_view address, std::string_view port) {
+    return AddressKey(address).append(1, '\0').append(port);
+}
+static std::string PortKey(const RVT_Node* platform, std::string_view port) {
+    return PortKey(std::to_string(reinterpret_cast<uintptr_t>(platform)), port).append(1, '\0');
 }
 
 std::optional<Index> Index::Of(const RVT_Node& map) {
     Index index;
     for (RVT_Node& node : LiveElements(map, tag::Platform, tag::Console)) {
-        if (!index.AddNew({&node})) {
-            return std::nullopt;
-        }
-        if (!node.IsName(tag::Platform)) {
-            continue;
-        }
+        bool is_regular = index.AddNew({&node});
         for (RVT_Node& console : LiveElements(node, tag::Console)) {
-            if (!index.AddNew({&console, &node})) {
-                return std::nullopt;
-            }
+            is_regular =
+                is_regular && (!node.IsName(tag::Platform) || index.AddNew({&console, &node}));
+        }
+        if (!is_regular) {
+            return std::nullopt;
         }
     }
     return index;
@@ -35,11 +38,11 @@ std::optional<Index> Index::Of(const RVT_Node& map) {
 bool Index::AddNew(const Place& place) {
     const auto name = GetPropertyValue(*place.element, Property::kName);
     const auto& others = place.element->IsName(tag::Platform) ? platforms_ : consoles_;
-    if (!name || others.contains(*name)) {
-        return false;
+    const bool is_new = name && !others.contains(*name);
+    if (is_new) {
+        Add(place);
     }
-    Add(place);
-    return true;
+    return is_new;
 }
 
 void Index::Add(const Place& place) {
@@ -56,36 +59,25 @@ void Index::Remove(const Place& place) {
 
 void Index::Count(const Place& place, int by) {
     const RVT_Node& element = *place.element;
-    names_[ToLower(PropertyOrEmpty(element, Property::kName))] += by;
-    const auto port = GetPropertyValue(element, Property::kPort);
-    if (place.platform != nullptr) {
-        if (port) {
-            ports_[{place.platform, "", *port}] += by;
-        }
-        return;
-    }
+    counts_[NameKey(PropertyOrEmpty(element, Property::kName))] += by;
     const auto address = GetPropertyValue(element, Property::kAddress);
-    if (!address) {
+    const auto port = GetPropertyValue(element, Property::kPort);
+    if (place.platform != nullptr && port) {
+        counts_[PortKey(place.platform, *port)] += by;
+    }
+    if (place.platform != nullptr || !address) {
         return;
     }
-    addresses_[*address] += by;
-    if (port) {
-        ports_[{nullptr, *address, *port}] += by;
-        CountPlatformAt(*address, element, by);
-    }
-}
-
-void Index::CountPlatformAt(std::string_view address, const RVT_Node& element, int by) {
-    if (!element.IsName(tag::Platform)) {
+    counts_[AddressKey(*address)] += by;
+    if (!port) {
         return;
     }
-    if (by > 0) {
-        platforms_at_.emplace(address, &element);
-        return;
+    counts_[PortKey(*address, *port)] += by;
+    if (element.IsName(tag::Platform)) {
+        std::vector<const RVT_Node*>& platforms = platforms_at_[*address];
+        std::erase(platforms, &element);
+        platforms.resize(platforms.size() + (by > 0 ? 1 : 0), &element);
     }
-    const auto [first, last] = platforms_at_.equal_range(address);
-    platforms_at_.erase(std::find_if(
-        first, last, [&element](const auto& entry) { return entry.second == &element; }));
 }
 
 static Place LiveOrNone(const std::unordered_map<std::string_view, Place>& places,
@@ -103,21 +95,28 @@ Place Index::FindConsole(std::string_view name) const {
     return LiveOrNone(consoles_, name);
 }
 
+int Index::At(const std::string& key) const {
+    const auto found = counts_.find(key);
+    return found == counts_.end() ? 0 : found->second;
+}
+
 int Index::CountName(std::string_view name) const {
-    return At(names_, ToLower(name));
+    return At(NameKey(name));
 }
 
 int Index::CountAddress(std::string_view address) const {
-    return At(addresses_, address);
+    return At(AddressKey(address));
 }
 
 int Index::CountPort(std::string_view address, std::string_view port) const {
-    int count = At(ports_, PortKey(nullptr, address, port));
-    const auto [first, last] = platforms_at_.equal_range(address);
-    for (auto at = first; at != last; ++at) {
-        if (PropertyOrEmpty(*at->second, Property::kPort) != port) {
-            count += At(ports_, PortKey(at->second, "", port));
-        }
+    int count = At(PortKey(address, port));
+    const auto platforms = platforms_at_.find(address);
+    if (platforms == platforms_at_.end()) {
+        return count;
+    }
+    for (const RVT_Node* platform : platforms->second) {
+        const bool has_it_itself = PropertyOrEmpty(*platform, Property::kPort) == port;
+        count += has_it_itself ? 0 : At(PortKey(platform, port));
     }
     return count;
 }

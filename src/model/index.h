@@ -2,12 +2,11 @@
 // again. They answer what the walks of lookups.h and uniqueness.h would find.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <unordered_map>
+#include <vector>
 
 #include "model/lookups.h"
 
@@ -43,15 +42,11 @@ class Index {
   private:
     bool AddNew(const Place& place);
     void Count(const Place& place, int by);
-    void CountPlatformAt(std::string_view address, const RVT_Node& element, int by);
+    [[nodiscard]] int At(const std::string& key) const;
 
-    // Texts of the map live as long as the process.
+    // By name. Texts of the map live as long as the process.
     std::unordered_map<std::string_view, Place> platforms_;
     std::unordered_map<std::string_view, Place> consoles_;
-    std::unordered_map<std::string, int> names_;  // in lower case
-    std::unordered_map<std::string_view, int> addresses_;
-    std::unordered_multimap<std::string_view, const RVT_Node*> platforms_at_;  // by address
-    // By platform for a console inside one, by address for all others.
-    using PortKey = std::tuple<const RVT_Node*, std::string_view, std::string_view>;
-    std::map<PortKey, int> ports_;
+    std::unordered_map<std::string_view, std::vector<const RVT_Node*>> platforms_at_;  // by address
+    std::unordered_map<std::string, int> counts_;  // by keys of names, addresses and ports
 };

@@ -16,7 +16,7 @@ RVT_XML_Tree& Inventory::Tree() {
 
 void Inventory::BeginCommand() {
     // Values are still as they were given: what a file would make of them belongs here.
-    changes_.clear();
+    stored_.clear();
     for (; forgotten_ < removed_.size(); ++forgotten_) {
         Forget(removed_[forgotten_]);
     }
@@ -33,33 +33,31 @@ void Inventory::EndCommand(bool accepted) {
         settled_ = forgotten_;
         return;
     }
-    for (; !changes_.empty(); changes_.pop_back()) {
-        Store(changes_.back(), changes_.back().old_value);
+    for (; !stored_.empty(); stored_.pop_back()) {
+        Store(stored_.back(), stored_.back().before);
     }
 }
 
 // Takes a removed node from the index, with what was inside it, and its name, so that no walk finds
 // it. Its parent keeps it, in the document a trace of it, until DropSettled.
-void Inventory::Forget(const Removed& removed) {
-    const auto& [parent, node] = removed;
-    if (index_ && node->IsName(tag::Platform)) {
-        for (RVT_Node& console : LiveElements(*node, tag::Console)) {
-            index_->Remove({&console, node});
+void Inventory::Forget(const Place& removed) {
+    if (index_ && removed.element->IsName(tag::Platform)) {
+        for (RVT_Node& console : LiveElements(*removed.element, tag::Console)) {
+            index_->Remove({&console, removed.element});
         }
-        index_->Remove({node});
-    } else if (index_ && node->IsName(tag::Console)) {
-        index_->Remove({node, parent->IsName(tag::Platform) ? parent : nullptr});
     }
-    node->SetName("");
+    if (index_ && !removed.element->IsName(tag::Cache)) {
+        index_->Remove(removed);
+    }
+    removed.element->SetName("");
 }
 
 void Inventory::DropSettled() {
-    const auto settled = std::span(removed_).first(settled_);
     std::set<RVT_Node*> parents;
     std::set<const RVT_Node*> gone;
-    for (const auto& [parent, node] : settled) {
-        parents.insert(parent);
-        gone.insert(node);
+    for (const auto& [element, platform] : std::span(removed_).first(settled_)) {
+        parents.insert(platform != nullptr ? platform : FindSystemMap());
+        gone.insert(element);
     }
     for (RVT_Node* parent : parents) {
         ShareOutChildren(*parent, [&gone, parent](const RVT_Node& child) {
@@ -77,23 +75,28 @@ RVT_Node* Inventory::FindSystemMap() const {
 
 Result<RVT_Node*> Inventory::NeedSystemMap(ExitCode code) const {
     RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return Outcome(code, "Cannot find SystemMap element.");
-    }
-    return map;
+    return map != nullptr ? Result(map) : Outcome(code, "Cannot find SystemMap element.");
+}
+
+// The root, or an element without children in its place.
+const RVT_Node& Inventory::Map() const {
+    static const RVT_Node* const kNoMap = RVT_Node::Create(RVT_ELEMENT);
+    const RVT_Node* map = FindSystemMap();
+    return map != nullptr ? *map : *kNoMap;
+}
+
+// The failure of a lookup with "message", unless it is the root that is missing.
+Outcome Inventory::NotFound(Outcome failure) const {
+    const Result<RVT_Node*> map = NeedSystemMap(failure.code());
+    return map.ok() ? failure : map.outcome();
 }
 
 Result<RVT_Node*> Inventory::FindPlatform(std::string_view name) const {
-    const Result<RVT_Node*> map = NeedSystemMap(ExitCode::kLookupFailed);
-    if (!map.ok()) {
-        return map;
-    }
-    RVT_Node* platform = index_ ? index_->FindPlatform(name) : ::FindPlatform(**map, name);
-    if (platform == nullptr) {
-        return Failure(ExitCode::kLookupFailed, "Cannot find Platform \"%s\".",
-                       std::string(name).c_str());
-    }
-    return platform;
+    RVT_Node* platform = index_ ? index_->FindPlatform(name) : ::FindPlatform(Map(), name);
+    return platform != nullptr
+               ? Result(platform)
+               : NotFound(Failure(ExitCode::kLookupFailed, "Cannot find Platform \"%s\".",
+                                  std::string(name).c_str()));
 }
 
 // The walk that FindConsole is without tables; a place without an element for none.
@@ -117,51 +120,47 @@ static Result<Place> WalkToConsole(const RVT_Node& map, std::string_view name) {
 }
 
 Result<Place> Inventory::FindConsole(std::string_view name) const {
-    const Result<RVT_Node*> map = NeedSystemMap(ExitCode::kLookupFailed);
-    if (!map.ok()) {
-        return map.outcome();
-    }
-    Result<Place> found = index_ ? index_->FindConsole(name) : WalkToConsole(**map, name);
+    Result<Place> found = index_ ? index_->FindConsole(name) : WalkToConsole(Map(), name);
     if (found.ok() && found->element == nullptr) {
-        return Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
-                       std::string(name).c_str());
+        return NotFound(Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
+                                std::string(name).c_str()));
     }
     return found;
 }
 
-Result<RVT_Node*> Inventory::FindPlatformWithCache(std::string_view name) const {
-    const Result<RVT_Node*> map = NeedSystemMap(ExitCode::kLookupFailed);
-    if (!map.ok()) {
-        return map.outcome();
-    }
-    // With tables there is no other of that name.
-    RVT_Node* platform = index_ ? index_->FindPlatform(name) : nullptr;
-    for (RVT_Node& node : LiveElements(**map, tag::Platform)) {
-        if (index_ || (platform != nullptr && FindCache(*platform) != nullptr)) {
-            break;
-        }
+// The same for FindPlatformWithCache: the first that has one, or the last that has none.
+static Result<RVT_Node*> WalkToPlatformWithCache(const RVT_Node& map, std::string_view name) {
+    RVT_Node* platform = nullptr;
+    for (RVT_Node& node : LiveElements(map, tag::Platform)) {
         const auto node_name = GetPropertyValue(node, Property::kName);
         if (!node_name) {
             return PropertyMissing(node, Property::kName);
         }
         platform = node_name == name ? &node : platform;
-    }
-    if (platform == nullptr) {
-        return Outcome(ExitCode::kLookupFailed, "");
-    }
-    if (FindCache(*platform) == nullptr) {
-        return Failure(ExitCode::kLookupFailed, "Cannot find Cache for platform \"%s\".",
-                       std::string(name).c_str());
+        if (platform == &node && FindCache(node) != nullptr) {
+            break;
+        }
     }
     return platform;
 }
 
+Result<RVT_Node*> Inventory::FindPlatformWithCache(std::string_view name) const {
+    const Result<RVT_Node*> platform =
+        index_ ? index_->FindPlatform(name) : WalkToPlatformWithCache(Map(), name);
+    if (!platform.ok() || (*platform != nullptr && FindCache(**platform) != nullptr)) {
+        return platform;
+    }
+    return NotFound(*platform == nullptr
+                        ? Outcome(ExitCode::kLookupFailed, "")
+                        : Failure(ExitCode::kLookupFailed, "Cannot find Cache for platform \"%s\".",
+                                  std::string(name).c_str()));
+}
+
 int Inventory::GetCountOfConsolesWithName(std::string_view name) const {
-    const RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
+    if (FindSystemMap() == nullptr) {
         return Number(ExitCode::kIncompleteMap);
     }
-    return index_ ? index_->CountName(name) : ::GetCountOfConsolesWithName(*map, name);
+    return index_ ? index_->CountName(name) : ::GetCountOfConsolesWithName(Map(), name);
 }
 
 bool Inventory::IsDuplicateName(std::string_view name) const {
@@ -169,22 +168,17 @@ bool Inventory::IsDuplicateName(std::string_view name) const {
 }
 
 bool Inventory::IsDuplicateAddress(const RVT_Node* node, std::string_view address) const {
-    if (index_) {
-        const bool is_own =
-            node != nullptr && GetPropertyValue(*node, Property::kAddress) == address;
-        return index_->CountAddress(address) > (is_own ? 1 : 0);
+    if (!index_) {
+        return ::IsDuplicateAddress(Map(), node, address);
     }
-    const RVT_Node* map = FindSystemMap();
-    return map != nullptr && ::IsDuplicateAddress(*map, node, address);
+    const bool is_own = node != nullptr && GetPropertyValue(*node, Property::kAddress) == address;
+    return index_->CountAddress(address) > (is_own ? 1 : 0);
 }
 
 int Inventory::GetCountOfConsolesWithAddress(std::string_view address,
                                              std::string_view port) const {
-    if (index_) {
-        return index_->CountPort(address, port);
-    }
-    const RVT_Node* map = FindSystemMap();
-    return map == nullptr ? 0 : ::GetCountOfConsolesWithAddress(*map, address, port);
+    return index_ ? index_->CountPort(address, port)
+                  : ::GetCountOfConsolesWithAddress(Map(), address, port);
 }
 
 bool Inventory::IsDuplicatePortWithinAddress(std::string_view address,
@@ -192,33 +186,34 @@ bool Inventory::IsDuplicatePortWithinAddress(std::string_view address,
     return GetCountOfConsolesWithAddress(address, port) != 0;
 }
 
-void Inventory::Add(RVT_Node& parent, Owner owner, std::string_view id,
+void Inventory::Add(RVT_Node* platform, Owner owner, std::string_view id,
                     const PropertyValues& values) {
+    RVT_Node& parent = platform != nullptr ? *platform : *FindSystemMap();
     RVT_Node& element = AddOwner(parent, owner, id, values);
     if (index_) {
-        index_->Add({&element, parent.IsName(tag::Platform) ? &parent : nullptr});
+        index_->Add({&element, platform});
     }
 }
 
 void Inventory::SetValue(const Place& place, Property property, RVT_Node& attribute,
                          std::string_view value) {
-    changes_.push_back({place, property, &attribute, attribute.GetValue()});
-    Store(changes_.back(), arena::Copy(value));
+    stored_.push_back({place, property, &attribute, attribute.GetValue()});
+    Store(stored_.back(), arena::Copy(value));
 }
 
-// Gives the property of "change" a text that is kept for the whole run.
-void Inventory::Store(const Change& change, const char* value) {
-    const bool is_indexed = index_ && Index::Holds(change.property);
+// "value" is kept for the whole run.
+void Inventory::Store(const StoredValue& stored, const char* value) {
+    const bool is_indexed = index_ && Index::Holds(stored.property);
     if (is_indexed) {
-        index_->Remove(change.place);
+        index_->Remove(stored.place);
     }
-    change.attribute->SetKeptValue(value);
+    stored.attribute->SetKeptValue(value);
     if (is_indexed) {
-        index_->Add(change.place);
+        index_->Add(stored.place);
     }
 }
 
-void Inventory::Remove(RVT_Node& parent, RVT_Node& node) {
+void Inventory::Remove(RVT_Node& node, RVT_Node* platform) {
     node.Delete();
-    removed_.push_back({&parent, &node});
+    removed_.push_back({&node, platform});
 }

@@ -54,43 +54,41 @@ class Inventory {
     int GetCountOfConsolesWithAddress(std::string_view address, std::string_view port) const;
     bool IsDuplicatePortWithinAddress(std::string_view address, std::string_view port) const;
 
-    // Appends a platform to the root, or a console to "parent", a platform or the root. It has the
-    // identifier "id" and a property map with those of "values" that it can have, in the order of
+    // Appends a platform or console to "platform" or, for null, to the root. It has the identifier
+    // "id" and a property map with those of "values" that it can have, in the order of
     // PropertiesOf.
-    void Add(RVT_Node& parent, Owner owner, std::string_view id, const PropertyValues& values);
+    void Add(RVT_Node* platform, Owner owner, std::string_view id, const PropertyValues& values);
 
     // Gives a property, whose "value" attribute is "attribute", another text.
     void SetValue(const Place& place, Property property, RVT_Node& attribute,
                   std::string_view value);
 
-    // Removes a child of "parent": a platform, a console, or a cache. It still counts where the
-    // rules say so until the command has ended.
-    void Remove(RVT_Node& parent, RVT_Node& node);
+    // Removes a platform, console or cache that stands in "platform" or, for null, in the root. It
+    // still counts where the rules say so until the command has ended.
+    void Remove(RVT_Node& node, RVT_Node* platform);
 
   private:
-    struct Removed {
-        RVT_Node* parent;
-        RVT_Node* node;
-    };
-    struct Change {
+    struct StoredValue {
         Place place;
         Property property;
         RVT_Node* attribute;
-        const char* old_value;
+        const char* before;
     };
 
-    void Forget(const Removed& removed);
+    [[nodiscard]] const RVT_Node& Map() const;
+    [[nodiscard]] Outcome NotFound(Outcome failure) const;
+    void Forget(const Place& removed);
     void DropSettled();
-    void Store(const Change& change, const char* value);
+    void Store(const StoredValue& stored, const char* value);
 
     RVT_XML_Tree tree_;
     int commands_ = 0;
     std::optional<Index> index_;
-    std::vector<Change> changes_;  // of the present command
+    std::vector<StoredValue> stored_;  // of the present command
     // In their order: what an accepted command has been done without, so that the document as
     // written has no trace of it; what lookups find no longer; what the present command has
     // removed.
-    std::vector<Removed> removed_;
+    std::vector<Place> removed_;
     size_t settled_ = 0;
     size_t forgotten_ = 0;
 };

@@ -44,17 +44,26 @@ RVT_Node* FindCache(const RVT_Node& platform) {
     return LiveElements(platform, tag::Cache).First();
 }
 
+// Without a range: most of the time that commands take is spent here.
 static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
-    for (RVT_Node& attribute : Attributes(node)) {
-        if (attribute.IsName(name)) {
-            return &attribute;
-        }
+    RVT_Node_List_Elem* pos = nullptr;
+    RVT_Node* attribute = node.GetFirstAttribute(pos);
+    while (attribute != nullptr && !attribute->IsName(name)) {
+        attribute = RVT_Node::GetNextAttribute(pos);
     }
-    return nullptr;
+    return attribute;
 }
 
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
     return AttributeWithName(node, InternName(name));
+}
+
+Result<RVT_Node*> FindMapAttribute(const RVT_Node& map, std::string_view name) {
+    RVT_Node* attribute = FindAttribute(map, name);
+    return attribute != nullptr
+               ? Result(attribute)
+               : Failure(ExitCode::kIncompleteMap,
+                         "Cannot find the \"%s\" attribute for SystemMap.", name.data());
 }
 
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {

@@ -40,6 +40,10 @@ RVT_Node* FindCache(const RVT_Node& platform);
 // The attribute called "name".
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name);
 
+// An attribute of the root element. kIncompleteMap "Cannot find the \"%s\" attribute for
+// SystemMap."
+Result<RVT_Node*> FindMapAttribute(const RVT_Node& map, std::string_view name);
+
 // The "value" attribute of a property of a platform or console.
 RVT_Node* FindPropertyValue(const RVT_Node& element, Property property);
 

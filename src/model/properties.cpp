@@ -5,60 +5,38 @@
 #include "model/vocabulary.h"
 
 using enum Converted;
+using enum Property;
 
 static constexpr std::optional<std::string_view> kRequired;
 
 // clang-format off
 constexpr std::array<PropertyRow, kPropertyCount> kPropertyTable = {{
-    {Property::kName,        "Name",            "name",          ValueKind::kName,      kRequired},
-    {Property::kAddress,     "Address",         "addr",          ValueKind::kAddress,   kRequired},
-    {Property::kPort,        "Port Number",     "port",          ValueKind::kPort,      kRequired},
-    {Property::kModel,       "Model",           "model",         ValueKind::kModel,     kRequired},
-    {Property::kLogging,     "Logging Enabled", "logging",       ValueKind::kSwitch,    switch_on, kPlatforms, true},
-    {Property::kEvents,      "Events Enabled",  "events",        ValueKind::kSwitch,    switch_on, kPlatforms, true},
-    {Property::kEnable,      "Enable",          "enable",        ValueKind::kSwitch,    switch_on, kPlatformsAndTheirConsoles, true},
-    {Property::kEventFile,   "Event File",      "evfile",        ValueKind::kEventFile, "",        kPlatformsAndTheirConsoles},
-    {Property::kDescription, "Description",     "comment",       ValueKind::kText,      ""},
-    {Property::kMappedPort,  "Mapped Port",     "mport",         ValueKind::kPort,      "0",       kPlatformsAndTheirConsoles},
-    {Property::kAuth,        "Auth Enabled",    "auth",          ValueKind::kSwitch,    switch_on, kPlatformsAndTheirConsoles},
-    {Property::kTemplate,    "Template",        "template",      ValueKind::kText,      ""},
-    {Property::kFirstTsPort, "First TS Port",   "first_ts_port", ValueKind::kTsPort,    "2001",    kPlatforms},
-    {Property::kLastTsPort,  "Last TS Port",    "last_ts_port",  ValueKind::kTsPort,    "2008",    kPlatforms},
-    {Property::kType,        "Type",            "type",          ValueKind::kType,      unknown_value},
+    {kName,        "Name",            "name",          ValueKind::kName,      kRequired},
+    {kAddress,     "Address",         "addr",          ValueKind::kAddress,   kRequired},
+    {kPort,        "Port Number",     "port",          ValueKind::kPort,      kRequired},
+    {kModel,       "Model",           "model",         ValueKind::kModel,     kRequired},
+    {kLogging,     "Logging Enabled", "logging",       ValueKind::kSwitch,    switch_on, kPlatforms, true},
+    {kEvents,      "Events Enabled",  "events",        ValueKind::kSwitch,    switch_on, kPlatforms, true},
+    {kEnable,      "Enable",          "enable",        ValueKind::kSwitch,    switch_on, kPlatformsAndTheirConsoles, true},
+    {kEventFile,   "Event File",      "evfile",        ValueKind::kEventFile, "",        kPlatformsAndTheirConsoles},
+    {kDescription, "Description",     "comment",       ValueKind::kText,      ""},
+    {kMappedPort,  "Mapped Port",     "mport",         ValueKind::kPort,      "0",       kPlatformsAndTheirConsoles},
+    {kAuth,        "Auth Enabled",    "auth",          ValueKind::kSwitch,    switch_on, kPlatformsAndTheirConsoles},
+    {kTemplate,    "Template",        "template",      ValueKind::kText,      ""},
+    {kFirstTsPort, "First TS Port",   "first_ts_port", ValueKind::kTsPort,    "2001",    kPlatforms},
+    {kLastTsPort,  "Last TS Port",    "last_ts_port",  ValueKind::kTsPort,    "2008",    kPlatforms},
+    {kType,        "Type",            "type",          ValueKind::kType,      unknown_value},
 }};
 // clang-format on
 static_assert(std::ranges::is_sorted(kPropertyTable, {}, &PropertyRow::property));
 
-static constexpr auto kOfPlatforms = std::to_array<Property>({
-    Property::kName,
-    Property::kAddress,
-    Property::kPort,
-    Property::kModel,
-    Property::kDescription,
-    Property::kTemplate,
-    Property::kLogging,
-    Property::kEvents,
-    Property::kEnable,
-    Property::kEventFile,
-    Property::kMappedPort,
-    Property::kAuth,
-    Property::kFirstTsPort,
-    Property::kLastTsPort,
-});
+static constexpr auto kOfPlatforms = std::to_array<Property>(
+    {kName, kAddress, kPort, kModel, kDescription, kTemplate, kLogging, kEvents, kEnable,
+     kEventFile, kMappedPort, kAuth, kFirstTsPort, kLastTsPort});
 
-static constexpr auto kOfConsoles = std::to_array<Property>({
-    Property::kAddress,
-    Property::kName,
-    Property::kType,
-    Property::kPort,
-    Property::kDescription,
-    Property::kLogging,
-    Property::kEvents,
-    Property::kEnable,
-    Property::kEventFile,
-    Property::kMappedPort,
-    Property::kAuth,
-});
+static constexpr auto kOfConsoles =
+    std::to_array<Property>({kAddress, kName, kType, kPort, kDescription, kLogging, kEvents,
+                             kEnable, kEventFile, kMappedPort, kAuth});
 
 std::span<const Property> PropertiesOf(Owner owner) {
     return owner == Owner::kPlatform ? std::span<const Property>(kOfPlatforms)

@@ -24,22 +24,13 @@ enum class Property {
     kTemplate,
     kFirstTsPort,
     kLastTsPort,
-    kType,
+    kType
 };
 inline constexpr size_t kPropertyCount = 15;
 
-// What a value may be.
-enum class ValueKind {
-    kName,
-    kAddress,
-    kPort,
-    kTsPort,  // one end of a range of terminal-server ports
-    kModel,
-    kType,
-    kEventFile,
-    kSwitch,
-    kText,  // anything that the map can hold on one line of kfx.conf
-};
+// What a value may be. A terminal-server port is one end of a range; text is anything that the map
+// can hold on one line of kfx.conf.
+enum class ValueKind { kName, kAddress, kPort, kTsPort, kModel, kType, kEventFile, kSwitch, kText };
 
 // Who has properties. A console has an address only when it was given one.
 enum class Owner { kPlatform, kConsole };

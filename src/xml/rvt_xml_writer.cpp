@@ -144,7 +144,7 @@ void XmlPrinter::PrintNodes(const RVT_Node& node, size_t depth) {
     }
 }
 
-void XmlPrinter::PrintAll(const ChildWalk& nodes, size_t depth) {
+void XmlPrinter::PrintAll(const NodeWalk& nodes, size_t depth) {
     for (const RVT_Node& node : nodes) {
         if (!outcome_.ok() || out_.HasFailed()) {
             break;
@@ -177,7 +177,7 @@ Outcome PrintTree(Output& out, const RVT_XML_Tree& tree) {
 }
 
 // What nodes and all below them say, whatever the layout.
-static void PutContent(Output& out, XmlPrinter& printer, const ChildWalk& nodes) {
+static void PutContent(Output& out, XmlPrinter& printer, const NodeWalk& nodes) {
     for (const RVT_Node& node : nodes) {
         if (!node.IsType(RVT_DELETED)) {
             out.Put(node.GetName());

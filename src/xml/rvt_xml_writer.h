@@ -47,7 +47,7 @@ class XmlPrinter {
 
     // One node with all below it; several nodes.
     void PrintNodes(const RVT_Node& node, size_t depth);
-    void PrintAll(const ChildWalk& nodes, size_t depth);
+    void PrintAll(const NodeWalk& nodes, size_t depth);
     // The attributes of a node that stands at "depth"; "column" is the number of bytes already on
     // the line.
     void PrintAttributes(const RVT_Node& node, size_t depth, size_t column);

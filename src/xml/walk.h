@@ -11,23 +11,24 @@
 
 #include "xml/rvt_node.h"
 
-// The children of a node that are called by one of at most two names, or all of them.
-class ChildWalk {
+class NodeWalk {
   public:
-    enum class Wanted { kAll, kLive, kEvenDeleted };
+    // Attributes, all children, or those that are called by one of at most two names.
+    enum class Over { kAttributes, kChildren, kLive, kEvenDeleted };
 
     // From the node "first" on, which may be null.
-    ChildWalk(RVT_Node* first, Wanted wanted, NameId name, NameId other)
-        : first_(first), wanted_(wanted), name_(name), other_(other) {}
+    NodeWalk(RVT_Node* first, Over over, NameId name = 0, NameId other = 0)
+        : first_(first), over_(over), name_(name), other_(other) {}
 
     class Iterator {
       public:
-        Iterator(const ChildWalk& walk, RVT_Node_List_Elem* pos) : walk_(walk), pos_(pos) {
+        Iterator(const NodeWalk& walk, RVT_Node_List_Elem* pos) : walk_(walk), pos_(pos) {
             SkipOthers();
         }
         RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
+        RVT_Node* operator->() const { return &**this; }
         Iterator& operator++() {
-            RVT_Node::GetNextChild(pos_);
+            walk_.Step(pos_);
             SkipOthers();
             return *this;
         }
@@ -36,10 +37,10 @@ class ChildWalk {
       private:
         void SkipOthers() {
             while (pos_ != nullptr && !walk_.Wants(**this)) {
-                RVT_Node::GetNextChild(pos_);
+                walk_.Step(pos_);
             }
         }
-        const ChildWalk& walk_;
+        const NodeWalk& walk_;
         RVT_Node_List_Elem* pos_;
     };
 
@@ -52,80 +53,51 @@ class ChildWalk {
     }
 
   private:
+    void Step(RVT_Node_List_Elem*& pos) const {
+        over_ == Over::kAttributes ? RVT_Node::GetNextAttribute(pos) : RVT_Node::GetNextChild(pos);
+    }
     [[nodiscard]] bool Wants(const RVT_Node& node) const {
-        if (wanted_ == Wanted::kAll) {
-            return true;
-        }
-        return (node.IsName(name_) || node.IsName(other_)) &&
-               (wanted_ == Wanted::kEvenDeleted || node.IsType(RVT_ELEMENT));
+        return over_ <= Over::kChildren ||
+               ((node.IsName(name_) || node.IsName(other_)) &&
+                (over_ == Over::kEvenDeleted || node.IsType(RVT_ELEMENT)));
     }
 
     RVT_Node* first_;
-    Wanted wanted_;
+    Over over_;
     NameId name_;
     NameId other_;
 };
 
-inline RVT_Node* FirstChild(const RVT_Node& parent) {
+// The attributes of a node, in their order.
+inline NodeWalk Attributes(const RVT_Node& node) {
     RVT_Node_List_Elem* pos = nullptr;
-    return parent.GetFirstChild(pos);
+    return {node.GetFirstAttribute(pos), NodeWalk::Over::kAttributes};
 }
 
-// The elements below "parent" of the given name, or of either name, in document order.
-inline ChildWalk LiveElements(const RVT_Node& parent, std::string_view name,
-                              std::string_view other) {
-    return {FirstChild(parent), ChildWalk::Wanted::kLive, InternName(name), InternName(other)};
+// All children of a node or document, whatever they are.
+inline NodeWalk Children(const RVT_Node& parent) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return {parent.GetFirstChild(pos), NodeWalk::Over::kChildren};
 }
-inline ChildWalk LiveElements(const RVT_Node& parent, std::string_view name) {
+inline NodeWalk Children(const RVT_XML_Tree& document) {
+    RVT_Node_List_Elem* pos = nullptr;
+    return {document.GetFirstChild(pos), NodeWalk::Over::kChildren};
+}
+
+// The elements below "parent" called "name" or, where it is given, "other", in document order.
+inline NodeWalk LiveElements(const RVT_Node& parent, std::string_view name,
+                             std::string_view other = {}) {
+    RVT_Node_List_Elem* pos = nullptr;
     const NameId id = InternName(name);
-    return {FirstChild(parent), ChildWalk::Wanted::kLive, id, id};
+    return {parent.GetFirstChild(pos), NodeWalk::Over::kLive, id,
+            other.empty() ? id : InternName(other)};
 }
 
 // The same with those that the command has removed: for the rules that still count them.
-inline ChildWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
-                                     std::string_view other) {
-    return {FirstChild(parent), ChildWalk::Wanted::kEvenDeleted, InternName(name),
-            InternName(other)};
-}
-inline ChildWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name) {
-    const NameId id = InternName(name);
-    return {FirstChild(parent), ChildWalk::Wanted::kEvenDeleted, id, id};
-}
-
-// All children of a node, and the top-level nodes of a document, whatever they are.
-inline ChildWalk Children(const RVT_Node& parent) {
-    return {FirstChild(parent), ChildWalk::Wanted::kAll, 0, 0};
-}
-inline ChildWalk Children(const RVT_XML_Tree& document) {
+inline NodeWalk ElementsEvenDeleted(const RVT_Node& parent, std::string_view name,
+                                    std::string_view other = {}) {
     RVT_Node_List_Elem* pos = nullptr;
-    return {document.GetFirstChild(pos), ChildWalk::Wanted::kAll, 0, 0};
+    const NameId id = InternName(name);
+    return {parent.GetFirstChild(pos), NodeWalk::Over::kEvenDeleted, id,
+            other.empty() ? id : InternName(other)};
 }
-
-// The attributes of a node, in their order.
-class Attributes {
-  public:
-    explicit Attributes(const RVT_Node& node) : node_(node) {}
-
-    class Iterator {
-      public:
-        explicit Iterator(RVT_Node_List_Elem* pos) : pos_(pos) {}
-        RVT_Node& operator*() const { return *static_cast<RVT_Node*>(pos_); }
-        Iterator& operator++() {
-            RVT_Node::GetNextAttribute(pos_);
-            return *this;
-        }
-        bool operator==(const Iterator& other) const { return pos_ == other.pos_; }
-
-      private:
-        RVT_Node_List_Elem* pos_;
-    };
-
-    [[nodiscard]] Iterator begin() const {
-        RVT_Node_List_Elem* pos = nullptr;
-        return Iterator(node_.GetFirstAttribute(pos));
-    }
-    [[nodiscard]] static Iterator end() { return Iterator(nullptr); }
-
-  private:
-    const RVT_Node& node_;
-};
