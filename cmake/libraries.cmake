@@ -14,3 +14,9 @@ target_link_libraries(tqs_libraries INTERFACE
 if(NOT TQS_SANITIZE)
   target_link_options(tqs_libraries INTERFACE -static-libstdc++ -static-libgcc)
 endif()
+
+# Of the second program alone, headers only: options and JSON.
+find_path(CLI11_INCLUDE CLI/CLI.hpp REQUIRED)
+find_path(JSON_INCLUDE nlohmann/json.hpp REQUIRED)
+add_library(tqs_headers INTERFACE)
+target_include_directories(tqs_headers SYSTEM INTERFACE ${CLI11_INCLUDE} ${JSON_INCLUDE})

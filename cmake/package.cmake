@@ -17,7 +17,7 @@ function(install_compressed file destination name)
   install(FILES ${compressed}/${name} DESTINATION ${destination})
 endfunction()
 
-install(TARGETS tqsmgr RUNTIME DESTINATION ${product}/bin)
+install(TARGETS tqsmgr tqs RUNTIME DESTINATION ${product}/bin)
 install(PROGRAMS ${packaging}/setup.sh DESTINATION ${CMAKE_INSTALL_DATADIR}/tqsmgr)
 install(DIRECTORY ${packaging}/starter DESTINATION ${CMAKE_INSTALL_DATADIR}/tqsmgr)
 install_compressed(${PROJECT_SOURCE_DIR}/man/tqsmgr.8 ${CMAKE_INSTALL_MANDIR}/man8 tqsmgr.8.gz)

@@ -5,7 +5,7 @@
 unset CDPATH
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." || exit
 jobs=${JOBS:-2}
-build_packages="g++ cmake ninja-build libxerces-c-dev libicu-dev"
+build_packages="g++ cmake ninja-build libxerces-c-dev libicu-dev libcli11-dev nlohmann-json3-dev"
 
 # Installs those of the named Debian packages that are missing.
 need() {

@@ -26,9 +26,22 @@ class [[nodiscard]] Outcome {
     ExitCode code() const { return code_; }
     [[nodiscard]] const std::string& message() const { return message_; }
 
+    // For a message that tells of a place in a file in a form of its own: the place as compilers
+    // write it ("map.xml:3"), and the cause alone.
+    struct Cause {
+        std::string place;
+        std::string text;
+    };
+    Outcome WithCause(Cause cause) && {
+        cause_ = std::move(cause);
+        return std::move(*this);
+    }
+    [[nodiscard]] const std::optional<Cause>& cause() const { return cause_; }
+
   private:
     ExitCode code_ = ExitCode::kOk;
     std::string message_;
+    std::optional<Cause> cause_;
 };
 
 // A failure whose message is formatted like printf and cut to kLongestMessage bytes:

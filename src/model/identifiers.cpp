@@ -7,17 +7,26 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-Result<std::string> TakeSerial(const RVT_Node& map) {
+Result<long> ReadSerial(const RVT_Node& map) {
     const Result<RVT_Node*> serial = FindMapAttribute(map, serial_tag);
     if (!serial.ok()) {
         return serial.outcome();
     }
-    std::string taken = (*serial)->GetValue();
-    const long number = strtol(taken.c_str(), nullptr, 10);
+    const long number = strtol((*serial)->GetValue(), nullptr, 10);
     if (number < 1 || number >= INT_MAX) {
         return Outcome(ExitCode::kIncompleteMap, "File does not contain a valid serial number.");
     }
-    (*serial)->SetValue(std::to_string(number + 1));
+    return number;
+}
+
+Result<std::string> TakeSerial(const RVT_Node& map) {
+    const Result<long> number = ReadSerial(map);
+    if (!number.ok()) {
+        return number.outcome();
+    }
+    RVT_Node* serial = FindAttribute(map, serial_tag);
+    std::string taken = serial->GetValue();
+    serial->SetValue(std::to_string(*number + 1));
     return taken;
 }
 

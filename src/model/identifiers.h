@@ -12,10 +12,13 @@
 #include "base/outcome.h"
 #include "xml/rvt_node.h"
 
-// Takes the next number of "map", as the map spells it (it may have leading zeros), and advances
-// the counter. kIncompleteMap "Cannot find the \"serial\" attribute for SystemMap." or "File does
-// not contain a valid serial number." for text that does not begin with a number from 1 to
-// 2147483646 (the last that can be advanced); nothing is changed then.
+// The serial of "map". kIncompleteMap "Cannot find the \"serial\" attribute for SystemMap." or
+// "File does not contain a valid serial number." for text that does not begin with a number from 1
+// to 2147483646 (the last that can be advanced).
+Result<long> ReadSerial(const RVT_Node& map);
+
+// It, as the map spells it, which may be with leading zeros: the next identifier; and advances it.
+// Fails as ReadSerial.
 Result<std::string> TakeSerial(const RVT_Node& map);
 
 // The "ID" of an element. kIncompleteMap "ID not found in XML data."

@@ -38,6 +38,15 @@ static constexpr auto kOfConsoles =
     std::to_array<Property>({kAddress, kName, kType, kPort, kDescription, kLogging, kEvents,
                              kEnable, kEventFile, kMappedPort, kAuth});
 
+static constexpr auto kListed = std::to_array<Property>(
+    {kName, kModel, kType, kAddress, kPort, kMappedPort, kFirstTsPort, kLastTsPort, kAuth, kEnable,
+     kLogging, kEvents, kEventFile, kTemplate, kDescription});
+static_assert(kListed.size() == kPropertyCount);
+
+std::span<const Property> ListedProperties() {
+    return kListed;
+}
+
 std::span<const Property> PropertiesOf(Owner owner) {
     return owner == Owner::kPlatform ? std::span<const Property>(kOfPlatforms)
                                      : std::span<const Property>(kOfConsoles);

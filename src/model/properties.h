@@ -59,6 +59,9 @@ inline const PropertyRow& RowOf(Property property) {
 std::span<const Property> PropertiesOf(Owner owner);
 bool Has(Owner owner, Property property);
 
+// All properties, in the order in which they are shown to people.
+std::span<const Property> ListedProperties();
+
 // A text for each property, or none.
 class PropertyValues {
   public:

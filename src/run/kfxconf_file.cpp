@@ -3,13 +3,17 @@
 #include <fcntl.h>
 
 #include "base/files.h"
-#include "base/output.h"
 #include "base/paths.h"
 #include "daemonconf/kfxconf.h"
 
 static constexpr std::string_view kfxconf_header =
     "# WARNING!!! This is a computer generated file. DO NOT EDIT.\n"
     "# Any manual changes will be lost when the file is regenerated.\n";
+
+Outcome PutKfxConf(const Inventory& inventory, Output& out) {
+    out.Put(kfxconf_header);
+    return WriteKfxConf(out, inventory, "");
+}
 
 Outcome CreateKfxConfFile(const Inventory& inventory) {
     OpenedFile file = OpenOrCreate(paths::kKfxConf, O_WRONLY | O_TRUNC, 0660);
@@ -21,8 +25,7 @@ Outcome CreateKfxConfFile(const Inventory& inventory) {
     }
     // The daemon may read the file meanwhile, so the text leaves in as few writes as it fits in.
     Output out(file.fd.get());
-    out.Put(kfxconf_header);
-    Outcome outcome = WriteKfxConf(out, inventory, "");
+    Outcome outcome = PutKfxConf(inventory, out);
     const bool is_written = out.Flush() && file.fd.Close();
     return outcome.ok() && !is_written ? LostOutput(paths::kKfxConf) : outcome;
 }

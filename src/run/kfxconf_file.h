@@ -3,7 +3,11 @@
 #pragma once
 
 #include "base/outcome.h"
+#include "base/output.h"
 #include "model/inventory.h"
+
+// Puts what belongs into kfx.conf. Fails as WriteKfxConf.
+Outcome PutKfxConf(const Inventory& inventory, Output& out);
 
 // Writes kfx.conf anew: two comment lines that warn against editing it, then the lines of every
 // platform and console. kCannotOpen "Cannot open \"%s\"."; kWriteFailed with the system's text when

@@ -84,6 +84,7 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
 
 void MyContentHandler::startElement(const XMLCh*, const XMLCh* localname, const XMLCh*,
                                     const xercesc::Attributes& attributes) {
+    NoteStart();
     // A document that is only checked is not kept, but its open elements are counted.
     RVT_Node* element = reading_.tree == nullptr ? nullptr : NewElement(localname, attributes);
     if (!reading_.open_elements.Push(element)) {
@@ -98,6 +99,21 @@ void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
     }
     if (element != nullptr) {
         reading_.Append(element);
+    }
+    reading_.NotePlace();
+}
+
+void Reading::NotePlace() {
+    if (start_lines != nullptr && locator != nullptr) {
+        last_line = locator->getLineNumber();
+    }
+}
+
+// A tag begins where what stands before it ends.
+void MyContentHandler::NoteStart() {
+    if (reading_.start_lines != nullptr) {
+        reading_.start_lines->push_back(reading_.last_line);
+        reading_.NotePlace();
     }
 }
 
@@ -115,7 +131,8 @@ static Outcome NotWellFormed(const char* error, const std::string& file, XMLFile
                              XMLFileLoc column, const std::string& text) {
     return Failure(ExitCode::kNotWellFormed, "%s at file %s, line %llu, char %llu.\n   %s", error,
                    file.c_str(), static_cast<unsigned long long>(line),
-                   static_cast<unsigned long long>(column), text.c_str());
+                   static_cast<unsigned long long>(column), text.c_str())
+        .WithCause({line == 0 ? file : file + ":" + std::to_string(line), text});
 }
 
 void Reading::Fail(const std::string& text) {
@@ -158,6 +175,7 @@ void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
 }
 
 void MyLexicalHandler::comment(const XMLCh* text, XMLSize_t length) {
+    reading_.NotePlace();
     if (reading_.tree == nullptr) {
         return;
     }

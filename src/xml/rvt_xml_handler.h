@@ -26,9 +26,14 @@ struct Reading {
     const xercesc::Locator* locator = nullptr;  // where the parser is
     RVT_Node_Stack open_elements = {};
     Outcome failure = {};  // the first one
+    // Receives the line in which each start tag begins; null when nobody asks.
+    std::vector<size_t>* start_lines = nullptr;
+    size_t last_line = 1;  // where the last event ended, while somebody asks
 
     // Appends a finished node to the innermost open element, or to the document.
     void Append(RVT_Node* node);
+    // Notes where an event has ended.
+    void NotePlace();
     // Notes the failure, unless there is one, at the place where the parser is.
     void Fail(const std::string& text);
 };
@@ -58,6 +63,9 @@ class MyContentHandler : public xercesc::DefaultHandler {
     void startElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname,
                       const xercesc::Attributes& attributes) override;
     void endElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname) override;
+    void characters(const XMLCh*, XMLSize_t) override { reading_.NotePlace(); }
+    void ignorableWhitespace(const XMLCh*, XMLSize_t) override { reading_.NotePlace(); }
+    void processingInstruction(const XMLCh*, const XMLCh*) override { reading_.NotePlace(); }
 
     void warning(const xercesc::SAXParseException& exception) override;
     void error(const xercesc::SAXParseException& exception) override;
@@ -69,6 +77,7 @@ class MyContentHandler : public xercesc::DefaultHandler {
                             const XMLCh* notation) override;
 
   private:
+    void NoteStart();
     RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
     void CheckName(const RVT_Node& element, NameId name);
     void CheckGrowth(const char* value);
@@ -106,7 +115,7 @@ class MyXMLDocumentHandler : public xercesc::XMLDocumentHandler {
     void XMLDecl(const XMLCh* version, const XMLCh* encoding, const XMLCh* standalone,
                  const XMLCh* actual_encoding) override;
 
-    void docCharacters(const XMLCh*, XMLSize_t, bool) override {}
+    void docCharacters(const XMLCh*, XMLSize_t, bool) override { reading_.NotePlace(); }
     void docComment(const XMLCh*) override {}
     void docPI(const XMLCh*, const XMLCh*) override {}
     void startDocument() override {}

@@ -131,17 +131,22 @@ Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree, DocumentR
                  [&path] { return FileSource(path); });
 }
 
-static Result<bool> ParseText(std::string_view text, const std::string& name, RVT_XML_Tree* tree) {
-    return Parse(
-        {.path = name, .rules = DocumentRules::kForeign, .size = text.size(), .tree = tree},
-        [text, &name] { return TextSource(text, name); });
-}
-
-Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree) {
-    return ParseText(text, name, &tree);
+Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree,
+                          DocumentRules rules) {
+    return Parse({.path = name, .rules = rules, .size = text.size(), .tree = &tree},
+                 [text, &name] { return TextSource(text, name); });
 }
 
 Outcome CheckXMLText(std::string_view text, const std::string& name) {
-    const Result<bool> is_whole = ParseText(text, name, nullptr);
+    const Result<bool> is_whole =
+        Parse({.path = name, .rules = DocumentRules::kForeign, .size = text.size()},
+              [text, &name] { return TextSource(text, name); });
     return is_whole.ok() && !*is_whole ? Outcome(ExitCode::kNotWellFormed, "") : is_whole.outcome();
+}
+
+Result<std::vector<size_t>> LinesOfStartTags(std::string_view text, const std::string& name) {
+    std::vector<size_t> lines;
+    const Result<bool> is_whole = Parse({.path = name, .size = text.size(), .start_lines = &lines},
+                                        [text, &name] { return TextSource(text, name); });
+    return is_whole.ok() ? Result(std::move(lines)) : is_whole.outcome();
 }

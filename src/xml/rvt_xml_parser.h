@@ -7,6 +7,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/outcome.h"
 #include "xml/rvt_node.h"
@@ -34,9 +35,13 @@ enum class DocumentRules {
 Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree,
                           DocumentRules rules = DocumentRules::kMap);
 
-// The same for a foreign document in memory; "name" stands for its path in messages.
-Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree);
+// The same for a document in memory; "name" stands for its path in messages.
+Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree,
+                          DocumentRules rules = DocumentRules::kForeign);
 
 // Reads a foreign document in memory and keeps nothing of it. One that the parser gave up is
 // kNotWellFormed without a message.
 Outcome CheckXMLText(std::string_view text, const std::string& name);
+
+// The line in which each start tag of a map in memory begins, in the order of the document.
+Result<std::vector<size_t>> LinesOfStartTags(std::string_view text, const std::string& name);

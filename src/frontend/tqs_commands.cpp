@@ -1,0 +1,183 @@
+#include "frontend/tqs_commands.h"
+
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "base/calls.h"
+#include "base/complaints.h"
+#include "base/files.h"
+#include "base/paths.h"
+#include "report/check.h"
+#include "run/kfxconf_file.h"
+#include "xml/rvt_xml_parser.h"
+
+namespace {
+
+// A map that was read.
+struct Source {
+    std::string path;  // "-" for standard input
+    std::string text;  // of standard input
+    Inventory inventory;
+
+    [[nodiscard]] std::string Name() const { return path == "-" ? "standard input" : path; }
+};
+
+Result<Source> ReadMap(const std::string& path) {
+    Source source{path, {}, {}};
+    Result<bool> is_whole = true;
+    if (path == "-") {
+        // What comes before a read error is judged like any other text.
+        static_cast<void>(ReadToEnd(STDIN_FILENO, source.text));
+        is_whole =
+            ParseXMLText(source.text, source.Name(), source.inventory.Tree(), DocumentRules::kMap);
+    } else {
+        is_whole = ParseXMLFile(path, source.inventory.Tree());
+    }
+    if (!is_whole.ok()) {
+        return is_whole.outcome();
+    }
+    const Result<RVT_Node*> map = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap);
+    return map.ok() ? Result(std::move(source))
+                    : Outcome(map.outcome()).WithCause({source.Name(), map.outcome().message()});
+}
+
+// How the output came to its reader. One who has gone does not want to be told.
+Outcome Delivered(Output& out) {
+    if (out.Flush()) {
+        return {};
+    }
+    return errno == EPIPE ? Outcome(ExitCode::kWriteFailed, "") : LostOutput("standard output");
+}
+
+size_t TerminalColumns() {
+    struct winsize size {};
+    return isatty(STDOUT_FILENO) == 1 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col
+                                                                                      : 0;
+}
+
+}  // namespace
+
+Result<int> ListItems(const std::string& map, Listing listing) {
+    const Result<Source> source = ReadMap(map);
+    if (!source.ok()) {
+        return source.outcome();
+    }
+    listing.columns = TerminalColumns();
+    Output out(STDOUT_FILENO);
+    const Result<std::vector<std::string>> missing = List(source->inventory, listing, out);
+    if (!missing.ok()) {
+        return missing.outcome();
+    }
+    if (Outcome outcome = Delivered(out); !outcome.ok()) {
+        return outcome;
+    }
+    for (const std::string& name : *missing) {
+        Complain("tqs: \"" + name + "\" not found.\n");
+    }
+    return missing->empty() ? 0 : 1;
+}
+
+namespace {
+
+bool IsSameFile(const std::string& one, const char* other) {
+    struct stat a {};
+    struct stat b {};
+    return calls::Stat(one.c_str(), &a) == 0 && calls::Stat(other, &b) == 0 &&
+           a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// What changes of a file when it is written or replaced.
+std::string StampOf(const char* path) {
+    struct stat status {};
+    if (calls::Stat(path, &status) != 0) {
+        return "";
+    }
+    return std::to_string(status.st_ino) + ' ' + std::to_string(status.st_size) + ' ' +
+           std::to_string(status.st_mtim.tv_sec) + '.' + std::to_string(status.st_mtim.tv_nsec);
+}
+
+std::string Stamps() {
+    return StampOf(paths::kSystemMap) + ' ' + StampOf(paths::kKfxConf);
+}
+
+// Whether kfx.conf is what the inventory gives. One that gives none is wrong in other ways.
+bool IsKfxConfRight(const Inventory& inventory) {
+    std::string wanted;
+    std::string present;
+    Output out(wanted);
+    if (!PutKfxConf(inventory, out).ok() || !out.Flush()) {
+        return true;
+    }
+    const FileDescriptor file = OpenForReading(paths::kKfxConf);
+    return file.IsOpen() && ReadToEnd(file.get(), present) && present == wanted;
+}
+
+// A run may be between its two files, so a difference is looked at again, for up to a second, as
+// long as one of them changes.
+bool IsKfxConfRightByAndBy(const Inventory& inventory) {
+    static constexpr int kSteps = 5;
+    static constexpr struct timespec kStep = {0, 200'000'000};
+    bool is_right = IsKfxConfRight(inventory);
+    for (int step = 0; !is_right && step < kSteps; ++step) {
+        const std::string before = Stamps();
+        nanosleep(&kStep, nullptr);
+        const Result<Source> again = ReadMap(paths::kSystemMap);
+        is_right = again.ok() && IsKfxConfRight(again->inventory);
+        if (Stamps() == before) {
+            break;
+        }
+    }
+    return is_right;
+}
+
+// The lines of start tags; none when the map can no longer be read.
+std::vector<size_t> LinesIn(const Source& source) {
+    std::string text = source.text;
+    if (source.path != "-") {
+        const FileDescriptor file = OpenForReading(source.path.c_str());
+        static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), text));
+    }
+    const Result<std::vector<size_t>> lines = LinesOfStartTags(text, source.Name());
+    return lines.ok() ? *lines : std::vector<size_t>();
+}
+
+// map.xml:214: error: console db2: port 2003 is in use at 10.1.1.5 by db1 (line 87)
+void PutFindings(const Source& source, const std::vector<Finding>& findings, Output& out) {
+    const std::vector<size_t> lines = findings.empty() ? std::vector<size_t>() : LinesIn(source);
+    const auto line_of = [&lines](size_t element) {
+        return element == 0 || element > lines.size() ? "?" : std::to_string(lines[element - 1]);
+    };
+    for (const Finding& finding : findings) {
+        out.Put(source.Name() + ":" + line_of(finding.element));
+        out.Put(finding.is_error ? ": error: " : ": warning: ");
+        out.Put(finding.text);
+        out.Put(finding.earlier == 0 ? "\n" : " (line " + line_of(finding.earlier) + ")\n");
+    }
+}
+
+}  // namespace
+
+Result<int> CheckMap(const std::string& map) {
+    Result<Source> source = ReadMap(map);
+    if (!source.ok()) {
+        return source.outcome();
+    }
+    std::vector<Finding> findings = Check(source->inventory);
+    if (map != "-" && IsSameFile(map, paths::kSystemMap) &&
+        !IsKfxConfRightByAndBy(source->inventory)) {
+        findings.insert(findings.begin(),
+                        {1, true, std::string(paths::kKfxConf) + " is not what the map gives"});
+    }
+    Output out(STDOUT_FILENO);
+    PutFindings(*source, findings, out);
+    const auto errors = std::ranges::count(findings, true, &Finding::is_error);
+    const auto all = static_cast<ptrdiff_t>(findings.size());
+    out.Put(std::to_string(errors) + " errors, " + std::to_string(all - errors) + " warnings\n");
+    Outcome outcome = Delivered(out);
+    return outcome.ok() ? Result(errors == 0 ? 0 : 1) : outcome;
+}

@@ -1,0 +1,18 @@
+// What the commands of tqs do, from a map that is named to the exit status.
+#pragma once
+
+#include <string>
+
+#include "base/outcome.h"
+#include "report/list.h"
+
+// Each reads the map "map", a file or "-" for standard input, and prints what was asked for on
+// standard output. Returns the exit status; fails with kNotWellFormed for a map that cannot be
+// read, kIncompleteMap for a document without a root, kWriteFailed for output that is lost, without
+// a message when its reader has gone.
+
+// 1 when a name was not found; each is named on standard error.
+Result<int> ListItems(const std::string& map, Listing listing);
+
+// A line for each finding and one that counts them. 1 when there are errors.
+Result<int> CheckMap(const std::string& map);

@@ -1,0 +1,207 @@
+// tqs: the words of its command line, and what is left to say. Options are CLI11's.
+#include <CLI/CLI.hpp>
+#include <new>
+#include <string>
+
+#include "base/complaints.h"
+#include "base/files.h"
+#include "base/paths.h"
+#include "base/process.h"
+#include "frontend/tqs_commands.h"
+
+namespace {
+
+// What the words of "list" stand for, once all are known to be words of a command line.
+struct ListWords {
+    std::vector<std::string> names;
+    std::string kind;
+    std::vector<std::string> where;
+    std::vector<std::string> fields;
+    std::string sort;
+    std::string format = "table";
+    std::string map = paths::kSystemMap;
+};
+
+constexpr auto kFormats =
+    std::to_array<std::pair<const char*, Listing::Format>>({{"table", Listing::Format::kTable},
+                                                            {"csv", Listing::Format::kCsv},
+                                                            {"json", Listing::Format::kJson},
+                                                            {"names", Listing::Format::kNames}});
+
+Outcome Invalid(const std::string& message) {
+    return {ExitCode::kInvalidArgument, message};
+}
+
+Result<Listing::Format> ParseFormat(const std::string& word) {
+    std::vector<std::string> known;
+    for (const auto& [name, format] : kFormats) {
+        if (word == name) {
+            return format;
+        }
+        known.emplace_back(name);
+    }
+    return UnknownWord("format", word, known);
+}
+
+Outcome TakeKeys(const ListWords& words, Listing& listing) {
+    for (const std::string& text : words.where) {
+        const Result<Filter> filter = ParseFilter(text);
+        if (!filter.ok()) {
+            return filter.outcome();
+        }
+        listing.filters.push_back(*filter);
+    }
+    for (const std::string& field : words.fields) {
+        const std::optional<Key> key = FindKey(field);
+        if (!key) {
+            return UnknownKey(field);
+        }
+        listing.fields.push_back(*key);
+    }
+    listing.sort = words.sort.empty() ? std::nullopt : FindKey(words.sort);
+    return words.sort.empty() || listing.sort ? Outcome() : UnknownKey(words.sort);
+}
+
+Result<Listing> ParseListing(const ListWords& words) {
+    Listing listing;
+    listing.names = words.names;
+    const Result<Listing::Format> format = ParseFormat(words.format);
+    if (!format.ok()) {
+        return format.outcome();
+    }
+    listing.format = *format;
+    if (!words.kind.empty() && words.kind != "platform" && words.kind != "console") {
+        return UnknownWord("kind", words.kind, {"platform", "console"});
+    }
+    if (!words.kind.empty()) {
+        listing.kind = words.kind == "platform" ? Owner::kPlatform : Owner::kConsole;
+    }
+    if (listing.format == Listing::Format::kNames && !words.fields.empty()) {
+        return Invalid("--format names takes no --fields.");
+    }
+    Outcome outcome = TakeKeys(words, listing);
+    return outcome.ok() ? Result(std::move(listing)) : outcome;
+}
+
+Result<int> RunList(const ListWords& words) {
+    Result<Listing> listing = ParseListing(words);
+    return listing.ok() ? ListItems(words.map, std::move(*listing)) : listing.outcome();
+}
+
+constexpr const char* kMapHelp = "A map, \"-\" for standard input; without it the product's map";
+
+void AddList(CLI::App& app, ListWords& words) {
+    CLI::App* list = app.add_subcommand("list", "Look platforms and consoles up");
+    list->add_option("NAME", words.names, "Only those of these names");
+    list->add_option("--kind", words.kind, "Only these: platform, console");
+    list->add_option("--where", words.where,
+                     "Only those whose value matches: KEY=GLOB, or does not: KEY!=GLOB. May be "
+                     "repeated; all must hold")
+        ->expected(1)
+        ->take_all();
+    list->add_option("--fields", words.fields, "These keys, in this order: KEY[,KEY]...")
+        ->delimiter(',')
+        ->expected(1)
+        ->take_all();
+    list->add_option("--sort", words.sort, "By this key, instead of in the order of the map");
+    list->add_option("--format", words.format, "table (the default), csv, json or names");
+    list->add_option("--map", words.map, kMapHelp);
+    std::string keys = "Keys:";
+    for (const Key& key : Keys()) {
+        keys += " " + std::string(key.word);
+    }
+    list->footer(keys);
+}
+
+// The words that could have been meant by one that is not known.
+std::vector<std::string> KnownWords(const CLI::App& app, bool is_option) {
+    std::vector<std::string> known;
+    if (is_option) {
+        for (const CLI::Option* option : app.get_options()) {
+            for (const std::string& name : option->get_lnames()) {
+                known.push_back("--" + name);
+            }
+        }
+        return known;
+    }
+    for (const CLI::App* command : app.get_subcommands({})) {
+        known.push_back(command->get_name());
+    }
+    return known;
+}
+
+// What is wrong with the command line, with a hint where a word is not known.
+Outcome Complaint(const CLI::App& app, const CLI::ParseError& error) {
+    const auto chosen = app.get_subcommands();
+    const CLI::App& where = chosen.empty() ? app : *chosen.front();
+    const std::vector<std::string> rest = where.remaining(true);
+    if (!rest.empty()) {
+        const bool is_option = rest.front().starts_with("-");
+        if (is_option || chosen.empty()) {
+            return UnknownWord(is_option ? "option" : "command", rest.front(),
+                               KnownWords(where, is_option));
+        }
+        return Invalid("Nothing is expected behind \"" + where.get_name() + "\" but \"" +
+                       rest.front() + "\" stands there.");
+    }
+    return Invalid(chosen.empty() ? "A command is missing. See \"tqs --help\"." : error.what());
+}
+
+void PrintError(const Outcome& outcome) {
+    if (outcome.cause()) {
+        Complain("tqs: " + outcome.cause()->place + ": " + outcome.cause()->text + "\n");
+    } else if (!outcome.message().empty()) {
+        Complain("tqs: " + outcome.message() + "\n");
+    }
+    PrintComplaints();
+}
+
+Result<int> Print(const std::string& text) {
+    if (!WriteAll(STDOUT_FILENO, text)) {
+        return LostOutput("standard output");
+    }
+    return 0;
+}
+
+Result<int> Run(int argc, char** argv) {
+    CLI::App app(
+        "Look at the inventory of consoles, judge it, and compare it.\n"
+        "\"tqs COMMAND --help\" tells of one command.",
+        "tqs");
+    app.set_version_flag("--version", "TQS version " TQS_VERSION " build date " TQS_BUILD_DATE);
+    app.set_help_flag("--help", "Print this help and exit");
+    app.require_subcommand(1);
+    ListWords list;
+    AddList(app, list);
+    std::string checked = paths::kSystemMap;
+    app.add_subcommand("check", "Judge a whole map: a line for each fault, with its place")
+        ->add_option("MAP", checked, kMapHelp);
+    for (CLI::App* command : app.get_subcommands({})) {
+        command->set_help_flag("--help", "Print this help and exit");
+    }
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp&) {
+        const auto chosen = app.get_subcommands();
+        return Print(chosen.empty() ? app.help() : chosen.front()->help());
+    } catch (const CLI::CallForVersion& version) {
+        return Print(std::string(version.what()) + "\n");
+    } catch (const CLI::ParseError& error) {
+        return Complaint(app, error);
+    }
+    return app.got_subcommand("list") ? RunList(list) : CheckMap(checked);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    PrepareProcess();
+    Result<int> status = 0;
+    try {
+        status = Run(argc, argv);
+    } catch (const std::bad_alloc&) {
+        status = Outcome(ExitCode::kWriteFailed, "Out of memory.");
+    }
+    PrintError(status.outcome());
+    return status.ok() ? *status : Number(status.outcome().code());
+}
