@@ -14,8 +14,6 @@
 // After the headers whose names it would hide.
 #include "sample_map.h"
 
-static const std::string kCache = "<?xml version=\"1.0\"?><Cache/>";
-
 static RVT_XML_Tree Parsed(const std::string& text) {
     RVT_XML_Tree tree;
     EXPECT_TRUE(ParseXMLText(text, "map", tree).ok());
@@ -35,11 +33,10 @@ static std::string Text(Inventory& inventory) {
 static Command RandomCommand(std::mt19937& random) {
     static const std::string rules =
         "T|-add platform -name M -model M100 -addr A -port P|-add system -name M W -port P|"
-        "-update K -name N C C|-remove K -name N|V cache -platform N|-update platform -name a "
-        "-addr "
-        "A;W|-platform a|-addr A|-addr A;K|platform|system|system;V|-update|-remove;C|-newname N|"
-        "-addr A|-port P|-mport 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;M|a|b|c|d|e|f|g|h|i|j|k;"
-        "N|a|a|A|b|c|c|d|e";
+        "-update K -name N C C|-remove K -name N|V cache -platform N|-update platform -name a C;"
+        "W|-platform a|-addr A|-addr A;K|platform|system|system;V|-update|-remove;"
+        "C|-newname N|-addr A|-addr A|-port P|-mport 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;"
+        "M|a|b|c|d|e|f|g|h|i|j|k;N|a|a|A|b|c|c|d|e";
     std::string line = "T";
     for (const std::string& rule : Split(rules, ';')) {
         const std::vector<std::string> texts = Split(rule, '|');
@@ -47,8 +44,8 @@ static Command RandomCommand(std::mt19937& random) {
             line += (word == texts[0] ? texts[1 + random() % (texts.size() - 1)] : word) + ' ';
         }
     }
-    const auto words = Words(line);
     std::vector<const char*> pointers;
+    const std::vector<std::string> words = Words(line);
     std::ranges::transform(words, std::back_inserter(pointers), &std::string::c_str);
     return *ParseCommand(pointers);
 }
@@ -56,15 +53,16 @@ static Command RandomCommand(std::mt19937& random) {
 TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
     const Tree tree;
     ASSERT_EQ(chdir(tree.Path("").c_str()), 0);
-    xercesc::XMLPlatformUtils::Initialize();  // once for all documents, which takes the most time
+    // Once for all documents, which takes the most time.
+    xercesc::XMLPlatformUtils::Initialize();
+    const std::string cache = "<?xml version=\"1.0\"?><Cache/>";
     std::mt19937 random(1);
     for (int session = 0; session < 400 && !HasFailure(); ++session) {
-        // A map that is regular, or not.
         const std::string odd = Split(
             "Port Number=3|Name=~|Name=d|Name=a;Address=~|Port Number=~|ID=~", '|')[random() % 6];
-        std::string text = PlatformText("ID=1;Name=a;Address=1.1.1.2;Port Number=3",
-                                        ConsoleText(8, "ID=1:2;Name=c;Port Number=2;" + odd));
-        text += ConsoleText(4, "ID=2:4;Name=d;Address=1.1.1.2;Port Number=4");
+        std::string text = ConsoleText(8, "ID=1:2;Name=c;Port Number=2;" + odd);
+        text = PlatformText("ID=1;Name=a;Address=1.1.1.2;Port Number=3", text) +
+               ConsoleText(4, "ID=2:4;Name=d;Address=1.1.1.2;Port Number=4");
         text = MapText(text, kAttributes);
         Inventory together, alone;
         together.Tree() = Parsed(text);
@@ -72,9 +70,8 @@ TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
             const Command command = RandomCommand(random);
             SCOPED_TRACE(text + std::to_string(static_cast<int>(command.action)) + command.name);
             (alone = {}).Tree() = Parsed(text);
-            const Outcome expected = Execute(command, alone, Parsed(kCache));
-            const Outcome outcome = Execute(command, together, Parsed(kCache));
-            EXPECT_EQ(outcome.message(), expected.message());
+            const Outcome expected = Execute(command, alone, Parsed(cache));
+            EXPECT_EQ(Execute(command, together, Parsed(cache)).message(), expected.message());
             text = expected.ok() ? Text(alone) : text;
             EXPECT_TRUE(random() % 3 != 0 || Text(together) == text) << Text(together);
         }

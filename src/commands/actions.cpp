@@ -45,18 +45,14 @@ const ActionRow& RowOf(Action action) {
     return *std::ranges::find(kActions, action, &ActionRow::action);
 }
 
-static Outcome MakeChange(const Command& command, Inventory& inventory,
-                          const RVT_XML_Tree& cache_document) {
-    if (command.action == Action::kUpdateCache) {
-        return UpdateCache(command, inventory, cache_document);
-    }
-    const ActionRow& row = RowOf(command.action);
-    return row.change == nullptr ? Outcome() : row.change(command, inventory);
-}
-
 Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document) {
+    const ActionRow& row = RowOf(command.action);
+    if (!row.follow.map) {
+        return {};
+    }
     inventory.BeginCommand();
-    Outcome outcome = MakeChange(command, inventory, cache_document);
+    Outcome outcome = row.change != nullptr ? row.change(command, inventory)
+                                            : UpdateCache(command, inventory, cache_document);
     inventory.EndCommand(outcome.ok());
     return outcome;
 }

@@ -35,7 +35,7 @@ struct ActionRow {
     std::string_view object;  // the second word; empty for none
     Rest rest;
     Follow follow;
-    std::string_view target = "";  // the option that names what the action is about
+    std::string_view target = {};  // the option that names what the action is about
     Owner owner = Owner::kPlatform;
     Outcome (*change)(const Command& command, Inventory& inventory) = nullptr;
 };

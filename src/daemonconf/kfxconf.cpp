@@ -19,18 +19,20 @@ enum Source {
     kPlatform,  // the same, but a standalone console has something else there
 };
 
+constexpr std::string_view kTwoQuotes = "\"\"";
+// A text of its own, since nothing may be copied from a null pointer.
+constexpr std::string_view kEmpty = kTwoQuotes.substr(2);
+
 struct Column {
     Property property;
     Source source = kElement;
     // What stands in its place where a platform or standalone console has no such value.
-    std::string_view otherwise = "";
-    std::string_view when_empty = "";
+    std::string_view otherwise = kEmpty;
+    std::string_view when_empty = kEmpty;
     std::string_view behind = " ";  // the blank before the next field, with the quotes of both
 };
 
-constexpr std::string_view kTwoQuotes = "\"\"";
-
-constexpr std::array<Column, std::tuple_size_v<KfxConfLine>> kColumns = {{
+constexpr auto kColumns = std::to_array<Column>({
     {.property = kName},
     {.property = kAddress, .source = kTopLevel},
     {.property = kPort},
@@ -49,7 +51,8 @@ constexpr std::array<Column, std::tuple_size_v<KfxConfLine>> kColumns = {{
     {.property = kTemplate, .source = kPlatform, .when_empty = kTwoQuotes},
     {.property = kFirstTsPort, .source = kPlatform, .when_empty = kTwoQuotes},
     {.property = kLastTsPort, .source = kPlatform, .when_empty = kTwoQuotes, .behind = "\n"},
-}};
+});
+static_assert(kColumns.size() == std::tuple_size_v<KfxConfLine>);
 
 Owner OwnerOf(const RVT_Node& element) {
     return element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;

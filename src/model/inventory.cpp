@@ -145,7 +145,7 @@ static Result<RVT_Node*> WalkToPlatformWithCache(const RVT_Node& map, std::strin
 }
 
 Result<RVT_Node*> Inventory::FindPlatformWithCache(std::string_view name) const {
-    const Result<RVT_Node*> platform =
+    Result<RVT_Node*> platform =
         index_ ? index_->FindPlatform(name) : WalkToPlatformWithCache(Map(), name);
     if (!platform.ok() || (*platform != nullptr && FindCache(**platform) != nullptr)) {
         return platform;

@@ -26,7 +26,7 @@ enum class Property {
     kLastTsPort,
     kType
 };
-inline constexpr size_t kPropertyCount = 15;
+inline constexpr size_t kPropertyCount = static_cast<size_t>(Property::kType) + 1;
 
 // What a value may be. A terminal-server port is one end of a range; text is anything that the map
 // can hold on one line of kfx.conf.

@@ -98,8 +98,11 @@ TABLE
 [ ! -e evil ] || fail "a name was executed"
 
 # Each option against each action: the completion offers what the program accepts.
-words=(-name -newname -model -type -platform -addr -port -mport -comment -template -evfile -auth
-    -logging -events -enable -first_ts_port -last_ts_port)
+mapfile -t words < <({
+    sed -n 's/^ *{k[^"]*"[^"]*", *"\([a-z_]*\)".*/-\1/p' "$source_dir/src/model/properties.cpp"
+    grep -oE -- '-(newname|platform)\b' "$source_dir/src/frontend/parse_command.cpp"
+} | sort -u)
+[ ${#words[@]} -ge 17 ] || fail "options: ${words[*]}"
 while [ -n "$program" ] && read -r action; do
     # What the action cannot do without.
     case $action in
@@ -118,6 +121,6 @@ while [ -n "$program" ] && read -r action; do
         [[ " $offered " == *" $word "* ]] && is_offered=1 || is_offered=0
         [ "$accepted" = "$is_offered" ] || fail "$action $word: accepted $accepted, offered $is_offered"
     done
-done <<<$'-add platform\n-add system\n-update platform\n-update system\n-update cache\n-remove platform\n-remove system\n-remove cache\n-view kfxconf\n-write kfxconf\n-view security'
+done < <(sed -n 's/^ *{Action::[^"]*"\(-[a-z]*\)", *"\([a-z][a-z]*\)".*/\1 \2/p' "$source_dir/src/commands/actions.cpp")
 
 exit $((failures > 0))
