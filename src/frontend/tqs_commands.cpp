@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstring>
 
 #include "base/calls.h"
 #include "base/complaints.h"
@@ -29,6 +30,10 @@ struct Source {
 
 Result<Source> ReadMap(const std::string& path) {
     Source source{path, {}, {}};
+    if (path != "-" && !OpenForReading(path.c_str()).IsOpen()) {
+        const std::string why = strerror(errno);
+        return Outcome(ExitCode::kNotWellFormed, why).WithCause({path, why});
+    }
     Result<bool> is_whole = true;
     if (path == "-") {
         // What comes before a read error is judged like any other text.

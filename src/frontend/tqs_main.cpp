@@ -92,25 +92,30 @@ constexpr const char* kMapHelp = "A map, \"-\" for standard input; without it th
 
 void AddList(CLI::App& app, ListWords& words) {
     CLI::App* list = app.add_subcommand("list", "Look platforms and consoles up");
-    list->add_option("NAME", words.names, "Only those of these names");
-    list->add_option("--kind", words.kind, "Only these: platform, console");
+    list->add_option("NAME", words.names, "Only those of these names")->type_name("");
+    list->add_option("--kind", words.kind, "Only platforms, or consoles")
+        ->type_name("platform|console");
     list->add_option("--where", words.where,
-                     "Only those whose value matches: KEY=GLOB, or does not: KEY!=GLOB. May be "
-                     "repeated; all must hold")
+                     "Only those whose value matches the shell pattern, or with != does not; all "
+                     "must hold")
+        ->type_name("KEY=GLOB|KEY!=GLOB...")
         ->expected(1)
         ->take_all();
-    list->add_option("--fields", words.fields, "These keys, in this order: KEY[,KEY]...")
+    list->add_option("--fields", words.fields, "These keys, in this order")
+        ->type_name("KEY[,KEY]...")
         ->delimiter(',')
         ->expected(1)
         ->take_all();
-    list->add_option("--sort", words.sort, "By this key, instead of in the order of the map");
-    list->add_option("--format", words.format, "table (the default), csv, json or names");
-    list->add_option("--map", words.map, kMapHelp);
+    list->add_option("--sort", words.sort, "By this key, instead of in the order of the map")
+        ->type_name("KEY");
+    list->add_option("--format", words.format, "A table unless another is asked for")
+        ->type_name("table|csv|json|names");
+    list->add_option("--map", words.map, kMapHelp)->type_name("MAP");
     std::string keys = "Keys:";
     for (const Key& key : Keys()) {
         keys += " " + std::string(key.word);
     }
-    list->footer(keys);
+    list->footer(keys + "\n");
 }
 
 // The words that could have been meant by one that is not known.
@@ -175,15 +180,15 @@ Result<int> Run(int argc, char** argv) {
     AddList(app, list);
     std::string checked = paths::kSystemMap;
     app.add_subcommand("check", "Judge a whole map: a line for each fault, with its place")
-        ->add_option("MAP", checked, kMapHelp);
+        ->add_option("MAP", checked, kMapHelp)
+        ->type_name("");
     for (CLI::App* command : app.get_subcommands({})) {
         command->set_help_flag("--help", "Print this help and exit");
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp&) {
-        const auto chosen = app.get_subcommands();
-        return Print(chosen.empty() ? app.help() : chosen.front()->help());
+        return Print(app.help());
     } catch (const CLI::CallForVersion& version) {
         return Print(std::string(version.what()) + "\n");
     } catch (const CLI::ParseError& error) {

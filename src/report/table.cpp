@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "base/text.h"
 
@@ -94,22 +95,20 @@ std::vector<size_t> Table::Widths(size_t columns) const {
 
 void Table::Put(size_t columns, Output& out) const {
     const std::vector<size_t> widths = Widths(columns);
+    size_t blanks = 0;  // before the next text; none at the end of a line
     for (size_t i = 0; i < cells_.size(); ++i) {
         const size_t column = i % column_count_;
-        const bool is_last = column + 1 == column_count_;
-        size_t width = widths_[i];
-        if (width <= widths[column]) {
-            out.Put(cells_[i]);
-        } else {
-            width = widths[column] - 1;
+        const bool is_cut = widths_[i] > widths[column];
+        size_t width = is_cut ? widths[column] - 1 : widths_[i];
+        if (width > 0) {
+            out.PutSpaces(std::exchange(blanks, 0));
             out.Put(Front(cells_[i], width));
-            out.Put("…");
-            ++width;
+            out.Put(is_cut ? "…" : "");
         }
-        if (is_last) {
+        blanks += widths[column] - width - (is_cut ? 1 : 0) + kGap;
+        if (column + 1 == column_count_) {
             out.Put("\n");
-        } else {
-            out.PutSpaces(widths[column] - width + kGap);
+            blanks = 0;
         }
     }
 }

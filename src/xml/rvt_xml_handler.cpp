@@ -109,11 +109,14 @@ void Reading::NotePlace() {
     }
 }
 
-// A tag begins where what stands before it ends.
+// A tag begins where what stands before it ends; of what stands before the root the parser does not
+// tell, so that one's end serves.
 void MyContentHandler::NoteStart() {
     if (reading_.start_lines != nullptr) {
-        reading_.start_lines->push_back(reading_.last_line);
+        const size_t before = reading_.last_line;
         reading_.NotePlace();
+        reading_.start_lines->push_back(reading_.start_lines->empty() ? reading_.last_line
+                                                                      : before);
     }
 }
 
