@@ -125,7 +125,10 @@ Outcome Run::Commit(const Command& command) {
 // A text that breaks off is printed as far as it goes, and the failure stays that of the text.
 Outcome Run::Answered(const Command& command) {
     const Answer answer = AnswerTo(command);
-    Outcome printed = answer.text.empty() ? Outcome() : Print(answer.text, answer.name);
+    if (!answer.outcome.ok() && answer.text.empty()) {
+        return answer.outcome;
+    }
+    Outcome printed = Print(answer.text, answer.name);
     const bool stays = !answer.outcome.ok() && printed.code() != ExitCode::kUnlockFailed;
     return stays ? answer.outcome : printed;
 }

@@ -37,7 +37,8 @@ const std::vector<Scenario> kScenarios = {
     {"Config", "-config kfxd.cfg -set b=longer_than_before", "a=1\nb=22\n#c\n"},
     {"ConfigShorter", "-config kfxd.cfg -set b=", "a=1\nb=22\n#c\n"},
     {"ConfigMissing", "-config kfxd.cfg -set b=1"},
-    {"View", "-view kfxconf"}};
+    {"View", "-view kfxconf"},
+    {"ViewNothing", "-config kfxd.cfg -get none", "a=1\n"}};
 
 std::string MapBefore(const std::string& version) {
     const std::string console = ConsoleText(8, "ID=1:2001;Address=~;Name=1;Type=linux;Port Number=2001");
