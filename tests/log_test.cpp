@@ -60,6 +60,22 @@ TEST(Log, Words) {
     EXPECT_EQ(Log(tree), Entry(line, "11", kArgError));
 }
 
+// The end of a here-document is EOF with the first number with which no line begins.
+TEST(Log, Delimiters) {
+    const std::map<std::string, std::string> cases = {
+        {"E\n EOF\n", "EOF"},
+        {"EOFx", "EOF1"},
+        {"EOF1\nEOF23\nEOF", "EOF3"},
+        {"EOF2\nEOF3\nEOF4\nEOF5\nEOF6\nEOF7\nEOF8\nEOF9\nEOF10\nEOF11\nEOF12\nEOF13\n", "EOF14"}};
+    const Tree tree;
+    for (const auto& [input, delimiter] : cases) {
+        tree.Remove(kLog);
+        EXPECT_EQ(tree.Run({"-update", "cache"}, input).code, 20);
+        EXPECT_NE(tree.Read(kLog).find("<<" + delimiter + "\n" + input), std::string::npos)
+            << input;
+    }
+}
+
 TEST(Log, Rotation) {
     const Tree tree;
     const std::string full(1048576, '#');

@@ -1,7 +1,7 @@
 #include "translog/shell_text.h"
 
 #include <algorithm>
-#include <set>
+#include <vector>
 
 #include "base/text.h"
 
@@ -59,24 +59,31 @@ std::string ShellWord(std::string_view word, bool is_program) {
 // bytes of a line that begins like the end.
 static std::string DelimiterFor(std::string_view input) {
     static constexpr std::string_view kDelimiter = "EOF";
-    // Longer numbers than the input has lines are never needed.
+    size_t lines = 0;
+    for (std::string_view rest = input; !rest.empty();) {
+        lines += TakeLine(rest).starts_with(kDelimiter) ? 1 : 0;
+    }
+    if (lines == 0) {
+        return std::string(kDelimiter);
+    }
+    // A line begins with as many numbers as it has digits, so one of these is left.
     static constexpr size_t kMostDigits = 20;
-    std::set<std::string_view> begins;
+    std::vector<bool> begins(lines * kMostDigits + 2);
     while (!input.empty()) {
         std::string_view line = TakeLine(input);
         if (!line.starts_with(kDelimiter)) {
             continue;
         }
         line.remove_prefix(kDelimiter.size());
-        for (size_t digits = 0; digits <= std::min(kMostDigits, line.size()); ++digits) {
-            begins.insert(line.substr(0, digits));
+        size_t number = 0;
+        for (; !line.empty() && line[0] >= (number == 0 ? '1' : '0') && line[0] <= '9' &&
+               (number = number * 10 + static_cast<size_t>(line[0] - '0')) < begins.size();
+             line.remove_prefix(1)) {
+            begins[number] = true;
         }
     }
-    std::string number;
-    for (int next = 1; begins.count(number) != 0; ++next) {
-        number = std::to_string(next);
-    }
-    return std::string(kDelimiter) + number;
+    const auto free = std::find(begins.begin() + 1, begins.end(), false) - begins.begin();
+    return std::string(kDelimiter) + std::to_string(free);
 }
 
 void AppendHereDocument(std::string_view input, std::string& text) {
