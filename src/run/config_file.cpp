@@ -94,13 +94,14 @@ static Outcome RewriteFile(Rewriting& rewriting, std::string_view text) {
 // Sets the variable in the file, whose content is "old", by way of a complete copy.
 static Outcome RewriteWithCopy(Rewriting& rewriting, std::string_view old,
                                const std::string& argument) {
+    const std::string key = KeyOf(argument);
+    // Before there is a copy that could be left behind.
+    const std::string text = WithVariable(old, key, argument);
     std::string copy_path = paths::kConfigCopy;
     FileDescriptor copy(calls::Mkstemp(copy_path.data()));
     if (!copy.IsOpen()) {
         return {ExitCode::kCannotOpen, "Cannot create temp file."};
     }
-    const std::string key = KeyOf(argument);
-    const std::string text = WithVariable(old, key, argument);
     Outcome outcome;
     // The copy must outlast a power failure that comes while the file is half written.
     if (key.empty()) {
