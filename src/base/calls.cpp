@@ -1,6 +1,8 @@
 #include "base/calls.h"
 
+#include <linux/magic.h>
 #include <sys/file.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -70,6 +72,11 @@ int Fstat(int fd, struct stat* status) {
 
 ssize_t Readlink(int link, char* buffer, size_t size) {
     return readlinkat(link, "", buffer, size);
+}
+
+bool IsOnProc(int fd) {
+    struct statfs status {};
+    return fstatfs(fd, &status) == 0 && status.f_type == PROC_SUPER_MAGIC;
 }
 
 int Rename(int folder, const char* from, const char* to) {

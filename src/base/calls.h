@@ -35,6 +35,8 @@ int Stat(const char* path, struct stat* status);
 int Fstat(int fd, struct stat* status);
 // Reads where the symbolic link that is open as "link" leads.
 ssize_t Readlink(int link, char* buffer, size_t size);
+// Whether the file open as "fd" lies on the file system of processes.
+bool IsOnProc(int fd);
 // Renames within a folder.
 int Rename(int folder, const char* from, const char* to);
 int Unlink(int folder, const char* path);

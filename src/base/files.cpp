@@ -57,26 +57,32 @@ FileDescriptor OpenForReading(const char* path) {
 }
 
 // Goes from a symbolic link to where it leads; the link that is looked at is the one that is read.
-// An entry that is no link any more stays.
-static bool FollowLink(DirectoryEntry& entry) {
-    const FileDescriptor link = OpenEntry(entry, O_PATH);
-    struct stat status {};
-    if (!link.IsOpen() || calls::Fstat(link.get(), &status) != 0) {
-        return false;
-    }
-    if (!S_ISLNK(status.st_mode)) {
-        return true;
-    }
+static bool FollowLink(DirectoryEntry& entry, int link) {
     std::array<char, PATH_MAX> target{};
-    const ssize_t length = status.st_uid == 0 || status.st_uid == geteuid()
-                               ? calls::Readlink(link.get(), target.data(), target.size())
-                               : -1;
+    const ssize_t length = calls::Readlink(link, target.data(), target.size());
     if (length <= 0) {
-        errno = ELOOP;
         return false;
     }
     entry = EntryIn(entry.folder.get(), std::string(target.data(), static_cast<size_t>(length)));
     return entry.folder.IsOpen();
+}
+
+// What stands at an entry, as far as it may be followed.
+enum class LinkKind { kNone, kTrusted, kToDescriptor, kRefused };
+
+// The links of /proc lead to open descriptors, pipes for one, whatever their text says.
+static LinkKind KindOf(const FileDescriptor& link) {
+    struct stat status {};
+    if (!link.IsOpen() || calls::Fstat(link.get(), &status) != 0) {
+        return LinkKind::kRefused;
+    }
+    if (!S_ISLNK(status.st_mode)) {
+        return LinkKind::kNone;
+    }
+    if (status.st_uid != 0 && status.st_uid != geteuid()) {
+        return LinkKind::kRefused;
+    }
+    return calls::IsOnProc(link.get()) ? LinkKind::kToDescriptor : LinkKind::kTrusted;
 }
 
 // Creates the file exclusively. In a folder that hands down the product's group it has its final
@@ -103,28 +109,34 @@ static FileDescriptor Create(int folder, const std::string& name, int flags, mod
 
 // Opens "path", or creates it where "mode" is given and nothing stands there.
 static OpenedFile OpenTrusted(const std::string& path, int flags, std::optional<mode_t> mode) {
-    // As many links as the system would follow, and names that change meanwhile.
-    static constexpr int kMostSteps = 40;
+    // As many links as the system would follow, what they lead to, and names that change meanwhile.
+    static constexpr int kMostSteps = 42;
     OpenedFile file;
     file.entry = EntryOf(path);
     bool is_behind_link = false;
     for (int step = 0; step < kMostSteps && file.entry.folder.IsOpen(); ++step) {
         file.fd = OpenEntry(file.entry, flags);
-        if (file.fd.IsOpen()) {
+        if (file.fd.IsOpen() ||
+            (errno != ELOOP && (errno != ENOENT || !mode.has_value() || is_behind_link))) {
             return file;
         }
-        if (errno == ELOOP) {
-            is_behind_link = true;
-            if (!FollowLink(file.entry)) {
-                return file;
-            }
-        } else if (errno == ENOENT && mode.has_value() && !is_behind_link) {
+        if (errno == ENOENT) {
             file.fd = Create(file.entry.folder.get(), file.entry.name, flags, *mode, file.given);
             file.created = file.fd.IsOpen();
             if (file.created || errno != EEXIST) {
                 return file;
             }
-        } else {
+            continue;
+        }
+        const FileDescriptor link = OpenEntry(file.entry, O_PATH);
+        const LinkKind kind = KindOf(link);
+        is_behind_link = is_behind_link || kind == LinkKind::kTrusted;
+        if (kind == LinkKind::kToDescriptor) {
+            file.fd = FileDescriptor(
+                calls::Open(file.entry.folder.get(), file.entry.name.c_str(), flags | O_NONBLOCK));
+        }
+        if (kind == LinkKind::kToDescriptor || kind == LinkKind::kRefused ||
+            (kind == LinkKind::kTrusted && !FollowLink(file.entry, link.get()))) {
             return file;
         }
     }
@@ -184,6 +196,11 @@ bool IsSameFile(int fd, const char* path) {
 off_t SizeOf(int fd) {
     struct stat status {};
     return calls::Fstat(fd, &status) == 0 ? status.st_size : -1;
+}
+
+mode_t TypeOf(int fd) {
+    struct stat status {};
+    return calls::Fstat(fd, &status) == 0 ? status.st_mode & S_IFMT : 0;
 }
 
 bool ReserveBehindEnd(int fd, off_t size) {

@@ -107,6 +107,9 @@ bool IsSameFile(int fd, const char* path);
 // Size in bytes of the file open as "fd"; -1, with errno, when it cannot be told.
 off_t SizeOf(int fd);
 
+// The type of the file open as "fd", S_IFREG and so on; 0 when it cannot be told.
+mode_t TypeOf(int fd);
+
 // Reserves room behind the end of the file open as "fd" for "size" bytes. False when the disk or a
 // limit refuses it; a file system that cannot reserve is no refusal.
 bool ReserveBehindEnd(int fd, off_t size);

@@ -210,6 +210,7 @@ int Fchmod(int fd, mode_t mode) { return Make("Fchmod", PathOf(fd), [&] { return
 int Stat(const char* path, struct stat* status) { return Make("Stat", path, [&] { return stat(path, status); }); }
 int Fstat(int fd, struct stat* status) { return Make("Fstat", PathOf(fd), [&] { return fstat(fd, status); }); }
 ssize_t Readlink(int link, char* buffer, size_t size) { return Make("Readlink", PathOf(link), [&] { return readlinkat(link, "", buffer, size); }); }
+bool IsOnProc(int) { return false; }
 int Rename(int folder, const char* from, const char* name) {
     const std::string to = PathIn(folder, name);
     const std::string before = Is("power") ? ContentAt(to) : "";
