@@ -72,11 +72,12 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
     const std::string failure =
         "tqsmgr -add \"system\" -name \"c\" -addr \"10.0.0.1\" -port \"1\" \n\n# ERROR MESSAGE:\n"
         "#   Error: \"" + kProduct + "bin/notifyweb > /dev/null 2>&1\" exited with ";
+    const std::string state = "awk '/SigIgn/; END{exit 1}' /proc/self/status >";
     const std::map<std::string, std::string> cases = {
         {"exit 3", failure + "3.\n#   \n\n" + recorded},
         {"tqsmgr -security true; tqsmgr -h; exit 255", failure + "255.\n#   \n\n" + recorded +
          "tqsmgr -security \"true\" \n\n" + recorded + "tqsmgr -h \n\n" + recorded},
-        {"cat >got; ls -l /proc/self/fd >fds; grep -E 'Sig(Ign|Blk)' /proc/self/status >sig; false",
+        {"cat >got; ls -l /proc/self/fd >fds; umask >mask; exec " + state + "sig",
          failure + "1.\n#   \n\n" + recorded},
         {"yes | head -c 1000000; yes | head -c 1000000 >&2; kill -9 $$", failure + "137.\n#   \n\n" + recorded},
         {": >" + kLog + "; false", ""}};
@@ -87,12 +88,14 @@ TEST(Notification, FailureStandsInItsOwnEntry) {
         tree.Remove(kLog);
         tree.Remove(kCalls);
         tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\n" + script);
-        ExpectRuns(tree, "grep -E 'Sig(Ign|Blk)' /proc/self/status >own; echo in |", {{kAdd, 0}});
+        ExpectRuns(tree,
+                   "umask 027; B='env --ignore-signal=HUP'; $B " + state + "own; echo in | $B",
+                   {{kAdd, 0}});
         EXPECT_EQ(tree.Read(kCalls), "kfxd update\nlrp\n");
         EXPECT_EQ(std::regex_replace(tree.Read(kLog), banner, ""), log);
     }
     EXPECT_EQ(tree.Read("got"), "");
-    EXPECT_EQ(tree.Read("sig"), tree.Read("own"));
+    EXPECT_EQ(tree.Read("sig") + tree.Read("mask"), tree.Read("own") + "0027\n");
     EXPECT_EQ(tree.Read("fds").find(kProduct), std::string::npos) << tree.Read("fds");
 }
 
@@ -196,4 +199,16 @@ TEST(Files, Links) {
             EXPECT_EQ(tree.Read("target"), "old");
         }
     }
+}
+
+// What a member plants in place of the log: the file that takes its place executes as nobody, and a
+// pipe records nothing.
+TEST(Files, PlantedLogs) {
+    const Tree tree;
+    tree.Write(kLog, "#");
+    tree.Write(kProduct + "bin/notifyweb", "#!/bin/sh\nexit 1");
+    const RunResult r = tree.Shell("L=" + kLog + "; chmod 6777 $L; " + kAdd + R"sh(; stat -c %a $L
+        grep -c exited $L; rm $L; mkfifo $L; tqsmgr -security true; echo $?
+        echo a=1 | (rm $L; tqsmgr -config /dev/stdin -get a))sh");
+    EXPECT_EQ(r.out, "666\n1\n40\n1\n") << r.err;
 }

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <new>
 #include <string>
 
 #include "base/calls.h"
@@ -38,6 +39,25 @@ static void LockLog(const OpenedFile& log) {
     }
 }
 
+// A log that others rotate and replace is opened again as often as that happens.
+static constexpr int kMostChanges = 100;
+
+// A generation of the log, locked, while the file still bears its name; not open when there is
+// none.
+static OpenedFile OpenLocked(const char* path) {
+    for (int i = 0; i < kMostChanges; ++i) {
+        OpenedFile log = OpenProductFile(path, O_RDONLY);
+        if (!log.fd.IsOpen()) {
+            break;
+        }
+        LockLog(log);
+        if (IsSameFile(log.fd.get(), path)) {
+            return log;
+        }
+    }
+    return {};
+}
+
 static bool IsTooLarge(off_t size) {
     return size > kRotationSize;
 }
@@ -45,16 +65,22 @@ static bool IsTooLarge(off_t size) {
 // Opens the log, which is created where it is missing.
 Outcome TransactionLog::OpenLog() {
     file_ = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0660);
+    // What is put into a pipe is recorded nowhere.
+    if (TypeOf(file_.fd.get()) == S_IFIFO) {
+        file_ = {};
+    }
     return file_.fd.IsOpen() ? file_.given
                              : Failure(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
 }
 
 // Moves a log that has grown too large to the name of its previous generation. The size is looked
-// at again under the lock, so that of several runs one rotates. A log that cannot be moved goes on
-// being used.
+// at again under the lock, so that of several runs one rotates; the generation that goes is locked
+// as well, so that nobody who amends it puts it back. A log that cannot be moved goes on being
+// used.
 static void RotateLog(const OpenedFile& log) {
     LockLog(log);
     if (IsSameFile(log.fd.get(), paths::kLog) && IsTooLarge(SizeOf(log.fd.get()))) {
+        const OpenedFile old = OpenLocked(paths::kOldLog);
         static_cast<void>(calls::Unlink(calls::kHere, paths::kOldLog));
         static_cast<void>(calls::Rename(calls::kHere, paths::kLog, paths::kOldLog));
     }
@@ -113,6 +139,7 @@ Outcome TransactionLog::LogCommandLine(std::span<const char* const> words) {
     }
     entry_ += "\n\n";
     entry_.reserve(entry_.size() + kLargestEnding);
+    ending_.reserve(kLargestEnding);
     return RefuseUnlessRoom();
 }
 
@@ -128,10 +155,10 @@ Outcome TransactionLog::LogStdIn(std::string_view input) {
     return RefuseUnlessRoom();
 }
 
-// "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
-static std::string ErrorBlock(std::string_view message) {
+// Appends "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
+static void AppendErrorBlock(std::string_view message, std::string& block) {
     static constexpr std::string_view kLineStart = "#   ";
-    std::string block = "# ERROR MESSAGE:\n";
+    block += "# ERROR MESSAGE:\n";
     block += kLineStart;
     for (const char c : message) {
         block += c;
@@ -139,28 +166,39 @@ static std::string ErrorBlock(std::string_view message) {
             block += kLineStart;
         }
     }
-    return block + "\n\n";
+    block += "\n\n";
 }
 
-std::string TransactionLog::Ending(const Outcome& outcome) const {
+void TransactionLog::MakeEnding(const Outcome& outcome) {
     const std::string number = std::to_string(Number(outcome.code()));
-    return notice_ + "echo \"Recorded Exit Code = " + number +
-           ", This Exit Code = $?\"\n\n# EXIT CODE: " + number + "\n" +
-           (outcome.ok() ? "\n" : ErrorBlock(outcome.message()));
+    ending_ = notice_;
+    for (const std::string_view piece :
+         {std::string_view("echo \"Recorded Exit Code = "), std::string_view(number),
+          std::string_view(", This Exit Code = $?\"\n\n# EXIT CODE: "), std::string_view(number),
+          std::string_view("\n")}) {
+        ending_ += piece;
+    }
+    if (outcome.ok()) {
+        ending_ += '\n';
+    } else {
+        AppendErrorBlock(outcome.message(), ending_);
+    }
 }
 
 // Replaces a log, whose lock is held, by what "write" writes to the descriptor that it is given:
 // whatever happens meanwhile, the log's name leads to the old text or to the new one.
 template <typename Write>
 static bool ReplaceLog(const OpenedFile& log, Write write) {
+    // The runner is the owner of the new file, so nothing that executes as him is taken over.
+    static constexpr mode_t kTakenOver = 0666;
     struct stat status {};
     Replacement next(log.entry, ".new");
-    if (!next.Create(0600)) {
+    if (calls::Fstat(log.fd.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+        !next.Create(0600)) {
         return false;
     }
-    const bool replaced = calls::Fstat(log.fd.get(), &status) == 0 &&
-                          calls::Fchown(next.fd(), status.st_gid) == 0 &&
-                          calls::Fchmod(next.fd(), status.st_mode & 07777) == 0 &&
+    const bool replaced = calls::Fchown(next.fd(), status.st_gid) == 0 &&
+                          calls::Fchmod(next.fd(), status.st_mode & kTakenOver) == 0 &&
                           write(next.fd()) && next.Sync() && next.TakeOver();
     if (!replaced) {
         next.Discard();
@@ -184,9 +222,6 @@ static bool AppendToLocked(const OpenedFile& log, std::string_view text) {
     return written;
 }
 
-// A log that others rotate and replace is opened again as often as that happens.
-static constexpr int kMostChanges = 100;
-
 // Appends the entry to the file that bears the log's name once its lock is held: another run may
 // have moved the one that this run opened.
 void TransactionLog::AppendEntry() {
@@ -204,38 +239,35 @@ void TransactionLog::AppendEntry() {
 // Puts "changed" in the place of the text "present" in one generation of the log. False when it is
 // not there, or cannot be replaced.
 static bool AmendIn(const char* path, const std::string& present, const std::string& changed) {
-    for (int i = 0; i < kMostChanges; ++i) {
-        const OpenedFile log = OpenProductFile(path, O_RDONLY);
-        if (!log.fd.IsOpen()) {
-            return false;
-        }
-        LockLog(log);
-        if (!IsSameFile(log.fd.get(), path)) {
-            continue;
-        }
-        std::string text;
-        const bool is_read = ReadToEnd(log.fd.get(), text);
-        const size_t at = text.find(present);
-        if (!is_read || at == std::string::npos) {
-            return false;
-        }
-        text.replace(at, present.size(), changed);
-        return ReplaceLog(log, [&text](int to) { return WriteAll(to, text); });
+    const OpenedFile log = OpenLocked(path);
+    std::string text;
+    if (!log.fd.IsOpen() || TypeOf(log.fd.get()) != S_IFREG || !ReadToEnd(log.fd.get(), text)) {
+        return false;
     }
-    return false;
+    const size_t at = text.find(present);
+    if (at == std::string::npos) {
+        return false;
+    }
+    text.replace(at, present.size(), changed);
+    return ReplaceLog(log, [&text](int to) { return WriteAll(to, text); });
 }
 
-// Puts "ending" in the place of the one that the entry was appended with, wherever it is by now.
-void TransactionLog::AmendEntry(const std::string& ending) {
-    const std::string present = entry_;
-    entry_.replace(entry_.size() - ending_size_, ending_size_, ending);
-    if (!AmendIn(paths::kLog, present, entry_)) {
-        static_cast<void>(AmendIn(paths::kOldLog, present, entry_));
+// Puts the ending in the place of the one that the entry was appended with, wherever it is by now.
+// An amendment for which there is no memory is lost like one for which there is no room.
+void TransactionLog::AmendEntry() {
+    try {
+        const std::string present = entry_;
+        entry_.replace(entry_.size() - ending_size_, ending_size_, ending_);
+        if (!AmendIn(paths::kLog, present, entry_)) {
+            static_cast<void>(AmendIn(paths::kOldLog, present, entry_));
+        }
+    } catch (const std::bad_alloc&) {
+        return;
     }
 }
 
 void TransactionLog::PutMsg(std::string_view message) {
-    notice_ += ErrorBlock(message);
+    AppendErrorBlock(message, notice_);
     if (is_appended_) {
         // A notification follows success alone.
         PutExitCode({});
@@ -243,16 +275,16 @@ void TransactionLog::PutMsg(std::string_view message) {
 }
 
 void TransactionLog::PutExitCode(const Outcome& outcome) {
-    const std::string ending = Ending(outcome);
-    if (!is_begun_ || (is_appended_ && entry_.ends_with(ending))) {
+    MakeEnding(outcome);
+    if (!is_begun_ || (is_appended_ && entry_.ends_with(ending_))) {
         return;
     }
     if (is_appended_) {
-        AmendEntry(ending);
+        AmendEntry();
     } else {
-        entry_ += ending;
+        entry_ += ending_;
         AppendEntry();
     }
     is_appended_ = true;
-    ending_size_ = ending.size();
+    ending_size_ = ending_.size();
 }

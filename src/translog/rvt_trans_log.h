@@ -54,18 +54,19 @@ class TransactionLog {
     Outcome OpenLog();
     Outcome RefuseUnlessRoom();
     [[nodiscard]] bool IsWithinLimit() const;
-    [[nodiscard]] std::string Ending(const Outcome& outcome) const;
+    void MakeEnding(const Outcome& outcome);
     void AppendEntry();
-    void AmendEntry(const std::string& ending);
+    void AmendEntry();
 
     OpenedFile file_;           // from the start of the run until the entry is appended
     bool is_begun_ = false;     // the log could be opened
     bool is_appended_ = false;  // the entry stands in it, or is lost
-    std::string entry_;   // banner, command and here-document, then also what follows; it has the
-                          // memory for its largest ending from the start, so that a run that has
-                          // changed something is recorded without needing more
-    std::string notice_;  // error block of a failed notification
-    size_t ending_size_ = 0;  // of notice and exit code at the end of the entry
+    // Both have the memory for their largest from the start, so that a run that has changed
+    // something is recorded without needing more.
+    std::string entry_;       // banner, command and here-document, then also what follows
+    std::string ending_;      // notice and exit code
+    std::string notice_;      // error block of a failed notification
+    size_t ending_size_ = 0;  // of the ending that the entry has
 };
 
 // Fills "buffer" of "size" bytes with the local time as "11/16/2026 19:00:05" and returns the
