@@ -55,6 +55,7 @@ Tree::Tree() {
         fs::create_directories(Path(folder));
     }
     fs::create_symlink(TQSMGR_TEST, Path("path/tqsmgr"));
+    fs::create_symlink(TQS_TEST, Path("path/tqs"));
     WriteMap("");
     Write(kModels, "# known models\nServer|M100\nBig|X9\n");
     Write(kOsTypes, "Unknown|\nlinux|Linux servers\naix|AIX\n");

@@ -99,13 +99,11 @@ void AddList(CLI::App& app, ListWords& words) {
                      "Only those whose value matches the shell pattern, or with != does not; all "
                      "must hold")
         ->type_name("KEY=GLOB|KEY!=GLOB...")
-        ->expected(1)
-        ->take_all();
+        ->allow_extra_args(false);
     list->add_option("--fields", words.fields, "These keys, in this order")
         ->type_name("KEY[,KEY]...")
         ->delimiter(',')
-        ->expected(1)
-        ->take_all();
+        ->allow_extra_args(false);
     list->add_option("--sort", words.sort, "By this key, instead of in the order of the map")
         ->type_name("KEY");
     list->add_option("--format", words.format, "A table unless another is asked for")

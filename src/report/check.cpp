@@ -191,7 +191,7 @@ class Checker {
         const Outcome switches =
             CheckEventsHaveLogging(values[Property::kLogging], values[Property::kEvents]);
         if (!switches.ok()) {
-            notes.push_back({&TagOf(subject, Property::kEvents), nullptr, !is_platform,
+            notes.push_back({&TagOf(subject, Property::kLogging), nullptr, !is_platform,
                              subject.Name() + ": " + switches.message()});
         }
         if (is_platform && values.Has(Property::kFirstTsPort) &&
