@@ -61,9 +61,10 @@ Owner OwnerOf(const RVT_Node& element) {
 // The first property, in the order of the table, that is missing among those that an owner has.
 std::optional<Property> FirstMissing(Owner owner, const PropertyValues& values) {
     std::optional<Property> missing;
-    for (const Property property : PropertiesOf(owner)) {
-        if (!values.Has(property) && (!missing || property < *missing)) {
-            missing = property;
+    for (const Column& column : kColumns) {
+        if (Has(owner, column.property) && !values.Has(column.property) &&
+            (!missing || column.property < *missing)) {
+            missing = column.property;
         }
     }
     return missing;
