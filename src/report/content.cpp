@@ -129,7 +129,7 @@ class Oddities {
 
 }  // namespace
 
-// The property map and the cache are told of by themselves, consoles in a platform are items.
+// The property map and the cache are told of by themselves, consoles in a platform are elements.
 static void TakeOtherElements(const Element& item, const RVT_Node* property_map,
                               const RVT_Node* cache, Oddities& oddities) {
     const bool is_platform = item.owner == Owner::kPlatform;

@@ -11,7 +11,7 @@
 #include "model/inventory.h"
 #include "model/properties.h"
 
-// No index of an item.
+// No index of an element.
 inline constexpr size_t kNone = SIZE_MAX;
 
 // A platform, a console inside one, or a standalone console.
@@ -27,7 +27,7 @@ using Elements = std::vector<Element>;
 // In the order of the map, a console behind its platform. They stay valid as long as the map does.
 Elements ElementsOf(const Inventory& inventory);
 
-// "platform" or "console", and the same with the item's quoted name: platform "lab1".
+// "platform" or "console", and the same with the element's quoted name: platform "lab1".
 std::string_view KindOf(Owner owner);
 std::string Label(const Element& item);
 
@@ -52,8 +52,8 @@ struct MapContent {
 };
 MapContent ContentOf(const Inventory& inventory);
 
-// Whether two items of one kind are plainly the same, the consoles inside them left out: true only
-// if their contents are, and nearly always then. Much cheaper than a comparison of contents.
+// Whether two elements of one kind are plainly the same, the consoles inside them left out: true
+// only if their contents are, and nearly always then. Much cheaper than a comparison of contents.
 bool AreAlike(const Element& one, const Element& other);
 
 // Whether nodes have the same names, attributes in order, comments and nodes below them.

@@ -55,7 +55,7 @@ std::vector<ValueChange> ChangesBetween(Owner owner, const Content& before, cons
     return changes;
 }
 
-// The name of the platform that an item is inside of.
+// The name of the platform that an element is inside of.
 Value PlatformOf(const Elements& items, size_t item) {
     const size_t platform = item == kNone ? kNone : items[item].platform;
     return platform == kNone ? Value() : Value(items[platform].name);
@@ -83,7 +83,7 @@ void Comparison::Match(size_t before, size_t now) {
 
 namespace {
 
-// The items of one kind that had no partner at first, by name. Most items stand where their partner
+// The elements of one kind that had no partner at first, by name. Most elements stand where their partner
 // does, so the one behind the last that was found is tried before the table, which is not made
 // until then.
 class ElementsByName {

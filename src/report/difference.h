@@ -47,7 +47,7 @@ class Comparison {
     [[nodiscard]] const Elements& now() const { return now_; }
     [[nodiscard]] const MapContent& map_before() const { return map_before_; }
     [[nodiscard]] const MapContent& map_now() const { return map_now_; }
-    // The index of an item's partner in the other inventory, or kNone.
+    // The index of an element's partner in the other inventory, or kNone.
     [[nodiscard]] size_t PartnerOfBefore(size_t before) const { return now_of_[before]; }
     [[nodiscard]] size_t PartnerOfNow(size_t now) const { return before_of_[now]; }
     // Whether two partners are at the same platform, or at none.
