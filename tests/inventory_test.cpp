@@ -2,17 +2,15 @@
 // of them alone on the map that the ones before have left.
 #include <unistd.h>
 
-#include <random>
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "base/output.h"
 #include "commands/actions.h"
-#include "frontend/parse_command.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
 
 // After the headers whose names it would hide.
-#include "sample_map.h"
+#include "random_command.h"
 
 static RVT_XML_Tree Parsed(const std::string& text) {
     RVT_XML_Tree tree;
@@ -28,27 +26,13 @@ static std::string Text(Inventory& inventory) {
     return text;
 }
 
-// A command in which names, addresses and ports, few of each, meet: made of the letter T by the
-// rules, each of which replaces a word by one of its texts.
-static Command RandomCommand(std::mt19937& random) {
-    static const std::string rules =
-        "T|-add platform -name M -model M100 -addr A -port P|-add system -name M W -port P|"
-        "-update K -name N C C|-remove K -name N|V cache -platform N|-update platform -name a C;"
-        "W|-platform a|-addr A|-addr A;K|platform|system|system;V|-update|-remove;"
-        "C|-newname N|-addr A|-addr A|-port P|-mport 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;"
-        "M|a|b|c|d|e|f|g|h|i|j|k;N|a|a|A|b|c|c|d|e";
-    std::string line = "T";
-    for (const std::string& rule : Split(rules, ';')) {
-        const std::vector<std::string> texts = Split(rule, '|');
-        for (const std::string& word : Words(std::exchange(line, ""))) {
-            line += (word == texts[0] ? texts[1 + random() % (texts.size() - 1)] : word) + ' ';
-        }
-    }
-    std::vector<const char*> pointers;
-    const std::vector<std::string> words = Words(line);
-    std::ranges::transform(words, std::back_inserter(pointers), &std::string::c_str);
-    return *ParseCommand(pointers);
-}
+// Names, addresses and ports, few of each, meet.
+static const std::string kRules =
+    "T|-add platform -name M -model M100 -addr A -port P|-add system -name M W -port P|"
+    "-update K -name N C C|-remove K -name N|V cache -platform N|-update platform -name a C;"
+    "W|-platform a|-addr A|-addr A;K|platform|system|system;V|-update|-remove;"
+    "C|-newname N|-addr A|-addr A|-port P|-mport 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;"
+    "M|a|b|c|d|e|f|g|h|i|j|k;N|a|a|A|b|c|c|d|e";
 
 TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
     const Tree tree;
@@ -67,7 +51,7 @@ TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
         Inventory together, alone;
         together.Tree() = Parsed(text);
         for (int i = 0; i < 25; ++i) {
-            const Command command = RandomCommand(random);
+            const Command command = RandomCommand(random, kRules);
             SCOPED_TRACE(text + std::to_string(static_cast<int>(command.action)) + command.name);
             (alone = {}).Tree() = Parsed(text);
             const Outcome expected = Execute(command, alone, Parsed(cache));

@@ -27,9 +27,9 @@ bool Output::Flush() {
 
 void Output::PutLong(std::string_view text) {
     static_cast<void>(Flush());
-    while (text.size() > kBufferSize) {
-        Write(text.substr(0, kBufferSize));
-        text.remove_prefix(kBufferSize);
+    while (text.size() > size_) {
+        Write(text.substr(0, size_));
+        text.remove_prefix(size_);
     }
     Put(text);
 }

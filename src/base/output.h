@@ -21,10 +21,10 @@ class Output {
     // Writes to "fd", which stays the caller's.
     explicit Output(int fd) : fd_(fd) {}
     // Appends to "memory" instead.
-    explicit Output(std::string& memory) : memory_(&memory) {}
+    explicit Output(std::string& memory) : memory_(&memory), size_(kMemoryBufferSize) {}
 
     void Put(std::string_view text) {
-        if (text.size() > kBufferSize - used_) {
+        if (text.size() > size_ - used_) {
             PutLong(text);
             return;
         }
@@ -43,9 +43,13 @@ class Output {
 
     void Write(std::string_view text);
 
+    // Many small texts are collected in memory, and buffers are never given back.
+    static constexpr size_t kMemoryBufferSize = 1024;
+
     int fd_ = -1;
     std::string* memory_ = nullptr;
-    char* buffer_ = static_cast<char*>(arena::Allocate(kBufferSize));
+    size_t size_ = kBufferSize;
+    char* buffer_ = static_cast<char*>(arena::Allocate(size_));
     size_t used_ = 0;
     bool failed_ = false;
 };

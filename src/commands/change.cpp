@@ -23,12 +23,13 @@ Change Update(const Command& command, Inventory& inventory, Owner owner, const P
     return {command, inventory, owner, place, values, values[Property::kPort]};
 }
 
-static Outcome CheckForms(const Change& change, ValueKind kind) {
+static Outcome CheckForms(Change& change, ValueKind kind) {
     for (const Property property : PropertiesOf(change.owner)) {
         if (RowOf(property).kind != kind || !change.values.Has(property)) {
             continue;
         }
-        Outcome outcome = CheckForm(change.owner, property, change[property]);
+        Outcome outcome =
+            CheckForm(change.owner, property, change[property], change.inventory.Files());
         if (!outcome.ok()) {
             return outcome;
         }
@@ -53,7 +54,8 @@ static Outcome Store(Change& change, const NameValue& setting, std::span<const V
         return PropertyMissing(*change.place.element, setting.property);
     }
     change.values[setting.property] = setting.value;
-    Outcome outcome = CheckForm(change.owner, setting.property, setting.value);
+    Outcome outcome =
+        CheckForm(change.owner, setting.property, setting.value, change.inventory.Files());
     const auto row = std::ranges::find(checks, setting.property, &ValueCheck::property);
     if (outcome.ok() && row != checks.end()) {
         outcome = row->check(change);

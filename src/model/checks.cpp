@@ -13,37 +13,49 @@ namespace {
 // its owner, stands between "before" and "after", nothing where there is no "after".
 struct Form {
     ValueKind kind;
-    bool (*is_valid)(std::string_view value);
+    bool (*is_valid)(std::string_view value, ReferenceFiles& files);
     ExitCode code;
     const char* before;
     const char* after = "";
 };
 
+bool IsName(std::string_view value, ReferenceFiles& /*files*/) {
+    return IsValidName(value);
+}
+bool IsAddress(std::string_view value, ReferenceFiles& /*files*/) {
+    return IsValidAddress(value);
+}
+bool IsPort(std::string_view value, ReferenceFiles& /*files*/) {
+    return IsValidPortNumber(value);
+}
+bool IsModel(std::string_view value, ReferenceFiles& files) {
+    return IsPlainText(value) && files.IsModelNumberInDatabase(value);
+}
+bool IsType(std::string_view value, ReferenceFiles& files) {
+    return IsPlainText(value) && files.IsOSTypeInDatabase(value);
+}
+bool IsEventFile(std::string_view value, ReferenceFiles& files) {
+    return IsPlainText(value) && files.EventFileExists(value);
+}
+
 constexpr auto kForms = std::to_array<Form>({
-    {ValueKind::kName, IsValidName, ExitCode::kInvalidName, "",
+    {ValueKind::kName, IsName, ExitCode::kInvalidName, "",
      " name contains invalid characters.\n"
      "Use only alpha-numeric characters, \".\", and \"-\"."},
-    {ValueKind::kAddress, IsValidAddress, ExitCode::kInvalidAddress, "Invalid IP address \"",
-     "\"."},
-    {ValueKind::kPort, IsValidPortNumber, ExitCode::kInvalidPort, "Invalid port number \"", "\"."},
-    {ValueKind::kTsPort, IsValidPortNumber, ExitCode::kInvalidPort, "Invalid port number \"",
-     "\"."},
-    {ValueKind::kModel,
-     [](std::string_view value) { return IsPlainText(value) && IsModelNumberInDatabase(value); },
-     ExitCode::kUnknownModel, "The model is not in the database."},
-    {ValueKind::kType,
-     [](std::string_view value) { return IsPlainText(value) && IsOSTypeInDatabase(value); },
-     ExitCode::kUnknownOsType, "The OS type is not in the database."},
-    {ValueKind::kEventFile,
-     [](std::string_view value) { return IsPlainText(value) && EventFileExists(value); },
-     ExitCode::kEventFileNotFound, "Event file \"", "\" not found."},
+    {ValueKind::kAddress, IsAddress, ExitCode::kInvalidAddress, "Invalid IP address \"", "\"."},
+    {ValueKind::kPort, IsPort, ExitCode::kInvalidPort, "Invalid port number \"", "\"."},
+    {ValueKind::kTsPort, IsPort, ExitCode::kInvalidPort, "Invalid port number \"", "\"."},
+    {ValueKind::kModel, IsModel, ExitCode::kUnknownModel, "The model is not in the database."},
+    {ValueKind::kType, IsType, ExitCode::kUnknownOsType, "The OS type is not in the database."},
+    {ValueKind::kEventFile, IsEventFile, ExitCode::kEventFileNotFound, "Event file \"",
+     "\" not found."},
 });
 
 }  // namespace
 
-Outcome CheckForm(Owner owner, Property property, std::string_view value) {
+Outcome CheckForm(Owner owner, Property property, std::string_view value, ReferenceFiles& files) {
     const auto form = std::ranges::find(kForms, RowOf(property).kind, &Form::kind);
-    if (form == kForms.end() || form->is_valid(value)) {
+    if (form == kForms.end() || form->is_valid(value, files)) {
         return {};
     }
     std::string between(*form->after == '\0' ? "" : value);

@@ -6,6 +6,7 @@
 
 #include "base/outcome.h"
 #include "model/inventory.h"
+#include "model/validation.h"
 
 // The value by itself, according to the kind of the property:
 //   name          kInvalidName "%s name contains invalid characters.\nUse only alpha-numeric
@@ -16,7 +17,8 @@
 //   type          kUnknownOsType "The OS type is not in the database."
 //   event file    kEventFileNotFound "Event file \"%s\" not found."
 //   other         fine
-Outcome CheckForm(Owner owner, Property property, std::string_view value);
+// Models, types and event files are looked for in "files".
+Outcome CheckForm(Owner owner, Property property, std::string_view value, ReferenceFiles& files);
 
 // kPortTaken "Duplicate port number \"%s\"." when it is not free, or in any case.
 Outcome CheckPortIsFree(const Inventory& inventory, std::string_view address,

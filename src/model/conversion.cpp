@@ -129,23 +129,26 @@ Outcome AddMissingProperties(const RVT_Node& map) {
 
 // Replaces the value of a property by "Unknown" unless it is listed; a missing one stays missing.
 static void AssignUnknown(const RVT_Node& element, Property property,
-                          bool (*is_listed)(std::string_view)) {
+                          bool (ReferenceFiles::*is_listed)(std::string_view),
+                          ReferenceFiles& files) {
     RVT_Node* value = FindPropertyValue(element, property);
-    if (value != nullptr && !is_listed(value->GetValue())) {
+    if (value != nullptr && !(files.*is_listed)(value->GetValue())) {
         value->SetValue(unknown_value);
     }
 }
 
 void ValidateAndAssignGenericModel(const RVT_Node& map) {
+    ReferenceFiles files;
     for (const RVT_Node& platform : LiveElements(map, tag::Platform)) {
-        AssignUnknown(platform, Property::kModel, IsModelNumberInDatabase);
+        AssignUnknown(platform, Property::kModel, &ReferenceFiles::IsModelNumberInDatabase, files);
     }
 }
 
 void CheckAndAssignTypePropertyToConsoles(const RVT_Node& map) {
+    ReferenceFiles files;
     for (const RVT_Node& platform : LiveElements(map, tag::Platform)) {
         for (const RVT_Node& console : LiveElements(platform, tag::Console)) {
-            AssignUnknown(console, Property::kType, IsOSTypeInDatabase);
+            AssignUnknown(console, Property::kType, &ReferenceFiles::IsOSTypeInDatabase, files);
         }
     }
 }

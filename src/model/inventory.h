@@ -9,6 +9,7 @@
 #include "model/index.h"
 #include "model/lookups.h"
 #include "model/properties.h"
+#include "model/validation.h"
 #include "xml/rvt_node.h"
 
 // Commands run one after another between BeginCommand and EndCommand, each as if it were alone on
@@ -18,6 +19,11 @@ class Inventory {
   public:
     // The document, to be filled once before the first command, and to be written between two.
     RVT_XML_Tree& Tree();
+    // To be copied; it may hold traces of what commands have removed.
+    [[nodiscard]] const RVT_XML_Tree& Tree() const { return tree_; }
+
+    // The reference files as its commands see them.
+    ReferenceFiles& Files() { return files_; }
 
     // What earlier commands have removed is gone from now on.
     void BeginCommand();
@@ -82,6 +88,7 @@ class Inventory {
     void Store(const StoredValue& stored, const char* value);
 
     RVT_XML_Tree tree_;
+    ReferenceFiles files_;
     int commands_ = 0;
     std::optional<Index> index_;
     std::vector<StoredValue> stored_;  // of the present command

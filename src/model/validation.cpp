@@ -137,48 +137,67 @@ static bool FieldIs(std::string_view rest, std::string_view wanted, std::string_
            std::min(rest.find_first_of(ends), rest.size()) == wanted.size();
 }
 
-// The content of a reference file; empty, and reported, when it cannot be read.
-static std::string ReadReferenceFile(const char* path) {
+// The content of a reference file; none, and reported, when it cannot be read.
+static std::optional<std::string> ReadReferenceFile(const char* path) {
     std::string text;
     const FileDescriptor file = OpenForReading(path);
     if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
         Complain(std::string("cannot open ") + path + " : " + strerror(errno) + "\n");
-        text.clear();
+        return std::nullopt;
     }
     return text;
 }
 
-// Whether some line of the reference file "path" satisfies "matches". A line has its line end, but
-// for a last one that lacks it.
-template <typename Matches>
-static bool HasLine(const char* path, Matches matches) {
-    const std::string text = ReadReferenceFile(path);
-    std::string_view rest = text;
-    while (!rest.empty()) {
-        const std::string_view line = TakeLine(rest);
-        if (!IsSkipped(line) && matches(line)) {
+// Whether some line of the file matches "value". A line has its line end, but for a last one that
+// lacks it.
+static bool FindLine(std::string_view text, std::string_view value,
+                     bool (*matches)(std::string_view line, std::string_view value)) {
+    while (!text.empty()) {
+        const std::string_view line = TakeLine(text);
+        if (!IsSkipped(line) && matches(line, value)) {
             return true;
         }
     }
     return false;
 }
 
-bool IsModelNumberInDatabase(std::string_view model) {
-    return HasLine(paths::kModels, [model](std::string_view line) {
-        const size_t bar = line.find('|');
-        return !model.empty() && bar != std::string_view::npos &&
-               FieldIs(line.substr(bar + 1), model, "\n\r");
-    });
+bool ReferenceFiles::HasLine(File& file, const char* path, std::string_view value,
+                             bool (*matches)(std::string_view line, std::string_view value)) {
+    if (!file.text) {
+        file.text = ReadReferenceFile(path);
+    }
+    if (!file.text) {
+        return false;
+    }
+    const auto [answer, is_new] = file.answers.try_emplace(std::string(value));
+    if (is_new) {
+        answer->second = FindLine(*file.text, value, matches);
+    }
+    return answer->second;
+}
+
+bool ReferenceFiles::IsModelNumberInDatabase(std::string_view model) {
+    return HasLine(models_, paths::kModels, model,
+                   [](std::string_view line, std::string_view value) {
+                       const size_t bar = line.find('|');
+                       return !value.empty() && bar != std::string_view::npos &&
+                              FieldIs(line.substr(bar + 1), value, "\n\r");
+                   });
 }
 
 // A line without "|" is its own first field, line end included.
-bool IsOSTypeInDatabase(std::string_view type) {
-    return HasLine(paths::kOsTypes,
-                   [type](std::string_view line) { return FieldIs(line, type, "|"); });
+bool ReferenceFiles::IsOSTypeInDatabase(std::string_view type) {
+    return HasLine(
+        types_, paths::kOsTypes, type,
+        [](std::string_view line, std::string_view value) { return FieldIs(line, value, "|"); });
 }
 
-bool EventFileExists(std::string_view name) {
-    struct stat status {};
-    const std::string path = std::string(paths::kEventsDir) + '/' + std::string(name);
-    return calls::Stat(path.c_str(), &status) == 0;
+bool ReferenceFiles::EventFileExists(std::string_view name) {
+    const auto [answer, is_new] = event_files_.try_emplace(std::string(name));
+    if (is_new) {
+        struct stat status {};
+        const std::string path = std::string(paths::kEventsDir) + '/' + std::string(name);
+        answer->second = calls::Stat(path.c_str(), &status) == 0;
+    }
+    return answer->second;
 }

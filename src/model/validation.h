@@ -2,8 +2,10 @@
 // Checks only answer; the commands decide which message and code follow.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 // Letters, digits, "." and "-" only; the empty name passes.
 bool IsValidName(std::string_view name);
@@ -23,12 +25,31 @@ bool IsValidPortRange(std::string_view first, std::string_view last);
 // text that the map can hold, without tabs and line breaks.
 bool IsPlainText(std::string_view text);
 
-// Whether the models file has a line in which "model" is what follows the first "|", if anything
-// does, or the OS-type file one that begins with "type" and a "|", letter case ignored. Lines that
-// begin with "#" are skipped. The file is read at each call. One that cannot be opened lists
-// nothing, and says so on standard error: "cannot open %s : %s\n".
-bool IsModelNumberInDatabase(std::string_view model);
-bool IsOSTypeInDatabase(std::string_view type);
+// The reference files and the events directory. Each file is read once, when it is first asked for,
+// and each value looked for once, so one of these serves all commands that are to see the same. A
+// file that cannot be opened lists nothing, and says so on standard error, whenever it is asked
+// for: "cannot open %s : %s\n".
+class ReferenceFiles {
+  public:
+    // Whether the models file has a line in which "model" is what follows the first "|", if
+    // anything does, or the OS-type file one that begins with "type" and a "|", letter case
+    // ignored. Lines that begin with "#" are skipped.
+    bool IsModelNumberInDatabase(std::string_view model);
+    bool IsOSTypeInDatabase(std::string_view type);
 
-// Whether the events directory holds an object called "name"; the empty name means the directory.
-bool EventFileExists(std::string_view name);
+    // Whether the events directory holds an object called "name"; the empty name means the
+    // directory.
+    bool EventFileExists(std::string_view name);
+
+  private:
+    struct File {
+        std::optional<std::string> text;
+        std::unordered_map<std::string, bool> answers;  // by value
+    };
+    static bool HasLine(File& file, const char* path, std::string_view value,
+                        bool (*matches)(std::string_view line, std::string_view value));
+
+    File models_;
+    File types_;
+    std::unordered_map<std::string, bool> event_files_;
+};

@@ -181,7 +181,7 @@ class Checker {
         const auto found = known.find(value);
         return found != known.end()
                    ? found->second
-                   : known.emplace(value, CheckForm(owner, property, value)).first->second;
+                   : known.emplace(value, CheckForm(owner, property, value, files_)).first->second;
     }
 
     // Rules on more than one value of an element.
@@ -318,6 +318,7 @@ class Checker {
 
     const RVT_Node& map_;
     long serial_ = 0;  // 0 when the map has none
+    ReferenceFiles files_;
     std::map<std::pair<ValueKind, Owner>, std::unordered_map<std::string_view, Outcome>> verdicts_;
     std::unordered_map<std::string, User> names_;
     std::unordered_map<std::string, std::vector<User>> addresses_;

@@ -111,3 +111,38 @@ RVT_Node_List RVT_Node::ReleaseChildren() {
     }
     return released;
 }
+
+RVT_Node* RVT_Node::Copy() const {
+    RVT_Node* copy = Create(type_);
+    copy->name_ = name_;
+    RVT_Node_List_Elem* pos = nullptr;
+    if (!has_attributes_) {
+        copy->value_ = value_;
+    } else if (attributes_ != nullptr) {
+        size_t count = 1;
+        for (const RVT_Node* one = attributes_; one->is_followed_; ++one) {
+            ++count;
+        }
+        copy->attributes_ = static_cast<RVT_Node*>(arena::Allocate(count * sizeof(RVT_Node)));
+        for (size_t i = 0; i < count; ++i) {
+            new (copy->attributes_ + i) RVT_Node(attributes_[i]);
+        }
+    }
+    for (const RVT_Node* child = GetFirstChild(pos); child != nullptr; child = GetNextChild(pos)) {
+        if (!child->IsType(RVT_DELETED)) {
+            copy->AddChild(child->Copy());
+        }
+    }
+    return copy;
+}
+
+RVT_XML_Tree RVT_XML_Tree::Copy() const {
+    RVT_XML_Tree copy;
+    RVT_Node_List_Elem* pos = nullptr;
+    for (const RVT_Node* node = GetFirstChild(pos); node != nullptr; node = GetNextChild(pos)) {
+        if (!node->IsType(RVT_DELETED)) {
+            copy.AddChild(node->Copy());
+        }
+    }
+    return copy;
+}

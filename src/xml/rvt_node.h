@@ -92,6 +92,9 @@ class RVT_Node : public RVT_Node_List_Elem {
     // Empties the child list, for a caller that adds the children elsewhere. Returns the list.
     RVT_Node_List ReleaseChildren();
 
+    // A copy with all below it, without what is deleted. Texts are shared.
+    [[nodiscard]] RVT_Node* Copy() const;
+
     // For the reader, which has both at hand: a name by its id, and a value that already lies in
     // memory kept for the whole run.
     void SetName(NameId name) { name_ = name; }
@@ -126,6 +129,8 @@ class RVT_XML_Tree {
     static RVT_Node* GetNextChild(RVT_Node_List_Elem*& pos) {
         return RVT_Node_List::GetNextNode(pos);
     }
+    // As RVT_Node::Copy.
+    [[nodiscard]] RVT_XML_Tree Copy() const;
 
   private:
     RVT_Node_List nodes_;

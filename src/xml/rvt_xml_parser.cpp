@@ -150,3 +150,28 @@ Result<std::vector<size_t>> LinesOfStartTags(std::string_view text, const std::s
                                         [text, &name] { return TextSource(text, name); });
     return is_whole.ok() ? Result(std::move(lines)) : is_whole.outcome();
 }
+
+struct XMLLibrary::Start {
+    Reading reading = {};
+    StartHandler handler = {};
+};
+
+XMLLibrary::XMLLibrary() : start_(std::make_unique<Start>()) {
+    try {
+        library_memory.Begin(start_->reading);
+        xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                              &start_->handler, &library_memory);
+    } catch (const xercesc::XMLException&) {
+        start_.reset();
+    } catch (const xercesc::OutOfMemoryException&) {
+        start_.reset();
+    } catch (const ReadingFailed&) {
+        start_.reset();
+    }
+}
+
+XMLLibrary::~XMLLibrary() {
+    if (start_ != nullptr) {
+        xercesc::XMLPlatformUtils::Terminate();
+    }
+}

@@ -5,6 +5,7 @@
 // tree is UTF-8, whatever the document's encoding and the locale.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,3 +46,17 @@ Outcome CheckXMLText(std::string_view text, const std::string& name);
 
 // The line in which each start tag of a map in memory begins, in the order of the document.
 Result<std::vector<size_t>> LinesOfStartTags(std::string_view text, const std::string& name);
+
+// Keeps the library ready as long as it exists, for who reads many small documents: starting it
+// takes longer than reading one. Where it cannot be started, each reading tells so itself.
+class XMLLibrary {
+  public:
+    XMLLibrary();
+    ~XMLLibrary();
+    XMLLibrary(const XMLLibrary&) = delete;
+    XMLLibrary& operator=(const XMLLibrary&) = delete;
+
+  private:
+    struct Start;
+    std::unique_ptr<Start> start_;  // null where it failed
+};

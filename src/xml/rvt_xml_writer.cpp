@@ -70,6 +70,38 @@ std::string_view XmlPrinter::DoEntityReferenceReplacement(const char* text) {
     return {escaped_.data(), used};
 }
 
+// How much of a value is written.
+static size_t LengthWritten(std::string_view value) {
+    size_t written = 0;
+    size_t used = 0;
+    for (; written < value.size() && used < XmlPrinter::kLongestValue; ++written) {
+        used += std::max<size_t>(EntityFor(value[written]).size(), 1);
+    }
+    while (written < value.size() && IsContinuationByte(value[written])) {
+        --written;
+    }
+    return written;
+}
+
+bool IsReadAsWritten(std::string_view value) {
+    const auto is_space = [](char c) { return c == '\t' || c == '\n' || c == '\r'; };
+    const bool is_short = value.size() < XmlPrinter::kLongestValue / XmlPrinter::kLongestEntity;
+    return std::ranges::none_of(value, is_space) &&
+           (is_short || LengthWritten(value) == value.size());
+}
+
+std::string ValueAsRead(std::string_view value) {
+    std::string read;
+    for (const char c : value.substr(0, LengthWritten(value))) {
+        const bool ends_line = c == '\n' && !read.empty() && read.back() == '\r';
+        read.append(ends_line ? 0 : 1, c);
+    }
+    for (char& c : read) {
+        c = c == '\t' || c == '\n' || c == '\r' ? ' ' : c;
+    }
+    return read;
+}
+
 void XmlPrinter::PrintAttributes(const RVT_Node& node, size_t depth, size_t column) {
     // The blank before a name, "=" and the two quotes.
     static constexpr size_t kAround = 4;
@@ -166,6 +198,10 @@ static std::string Declared(const RVT_XML_Tree& tree, std::string_view name) {
     return "";
 }
 
+std::string EncodingOf(const RVT_XML_Tree& tree) {
+    return Declared(tree, "encoding");
+}
+
 static bool IsXml11(const RVT_XML_Tree& tree) {
     return Declared(tree, "version") == "1.1";
 }
@@ -239,9 +275,18 @@ static Result<std::string> Encoded(const RVT_XML_Tree& tree, const std::string& 
     return std::string();
 }
 
+Result<bool> FitsItsEncoding(const RVT_XML_Tree& tree) {
+    const std::string encoding = EncodingOf(tree);
+    if (IsUtf8(encoding)) {
+        return true;
+    }
+    const Result<std::string> text = Encoded(tree, encoding);
+    return text.ok() ? Result(!text->empty()) : text.outcome();
+}
+
 // Prints the tree in its encoding. Whether it could be written, and in that encoding.
 static Result<bool> PrintEncoded(int fd, const RVT_XML_Tree& tree) {
-    const std::string encoding = Declared(tree, "encoding");
+    const std::string encoding = EncodingOf(tree);
     if (IsUtf8(encoding)) {
         Output out(fd);
         const Outcome outcome = PrintTree(out, tree);

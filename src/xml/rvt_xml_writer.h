@@ -36,8 +36,21 @@
 Outcome WriteXMLFile(const std::string& path, const RVT_XML_Tree& tree,
                      const std::function<Outcome()>& before_change);
 
+// The encoding that a tree's XML declaration names; empty for none.
+std::string EncodingOf(const RVT_XML_Tree& tree);
+
+// Whether a tree can be written in its encoding. Fails as WriteXMLFile does for text that cannot be
+// read back.
+Result<bool> FitsItsEncoding(const RVT_XML_Tree& tree);
+
 // Prints the whole tree. Whether it arrived, the output tells. Fails as XmlPrinter.
 Outcome PrintTree(Output& out, const RVT_XML_Tree& tree);
+
+// An attribute's value as it is when it has been written and read again: a tab or a line break is a
+// blank, and what the cut takes is missing.
+std::string ValueAsRead(std::string_view value);
+// Whether that is the value itself.
+bool IsReadAsWritten(std::string_view value);
 
 // Prints parts of a document, the first line "depth" blanks from the left.
 class XmlPrinter {
@@ -60,10 +73,12 @@ class XmlPrinter {
     // reached kLongestValue bytes, but not within a character. Valid until the next call.
     std::string_view DoEntityReferenceReplacement(const char* text);
 
-  private:
+    // The length that the escaped form of a value has reached when it is cut, and the most that
+    // one character of it takes.
     static constexpr size_t kLongestValue = 8185;
     static constexpr size_t kLongestEntity = 6;
 
+  private:
     void PrintElement(const RVT_Node& node, size_t depth);
     void PrintComment(const RVT_Node& node, size_t depth);
     void PrintDeclaration(const RVT_Node& node, size_t depth);

@@ -1,0 +1,69 @@
+// What an inventory says: what two of them are compared by. Identifiers, the order of elements and
+// properties, and the own address of a console inside a platform are no part of it.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/inventory.h"
+#include "model/properties.h"
+
+// No index of an element.
+inline constexpr size_t kNone = SIZE_MAX;
+
+// A platform, a console inside one, or a standalone console.
+struct Element {
+    Owner owner;
+    const RVT_Node* element;
+    size_t platform;  // the index of the item that a console is inside of; else kNone
+    std::string_view name;
+    std::string_view id;  // both are empty where there is none
+};
+using Elements = std::vector<Element>;
+
+// In the order of the map, a console behind its platform. They stay valid as long as the map does.
+Elements ElementsOf(const Inventory& inventory);
+
+// "platform" or "console", and the same with the element's quoted name: platform "lab1".
+std::string_view KindOf(Owner owner);
+std::string Label(const Element& item);
+
+// An element, attribute or property that no command makes: what it is, and what it holds.
+struct Oddity {
+    std::string what;
+    std::string text;
+    auto operator<=>(const Oddity&) const = default;
+};
+
+struct Content {
+    PropertyValues values;  // but the address of a console inside a platform
+    const RVT_Node* cache = nullptr;
+    std::vector<Oddity> oddities;  // in a fixed order
+};
+Content ContentOf(const Element& item);
+
+// The same of the root: the security switch, where there is one.
+struct MapContent {
+    std::optional<std::string_view> security;
+    std::vector<Oddity> oddities;
+};
+MapContent ContentOf(const Inventory& inventory);
+
+// Whether two elements of one kind are plainly the same, the consoles inside them left out: true
+// only if their contents are, and nearly always then. Much cheaper than a comparison of contents.
+bool AreAlike(const Element& one, const Element& other);
+
+// Whether nodes have the same names, attributes in order, comments and nodes below them.
+bool IsSameTree(const RVT_Node& one, const RVT_Node& other);
+
+bool HaveSameCache(const Content& one, const Content& other);
+
+// A node with all below it, as it stands in a map.
+std::string XmlText(const RVT_Node& node);
+
+// "text" in double quotes on one line: a quote and a backslash have a backslash before them,
+// control characters and line separators are \t, \n, \r or \u001b.
+std::string Quoted(std::string_view text);

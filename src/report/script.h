@@ -1,0 +1,36 @@
+// Change scripts: commands that make of one inventory another.
+//
+//     const Script script = ScriptFromTo(before, now);
+//     if (script.obstacles.empty()) {
+//         PrintScript(script, out);
+//     }
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "base/output.h"
+#include "model/inventory.h"
+#include "report/work.h"
+
+struct Script {
+    // Run in their order on the one inventory they give it the content of the other; none when it
+    // has that already.
+    std::vector<Step> steps;
+    // What no command can make, what would be lost, or which command is refused: a line each,
+    // without the program's name. If there are any, there are no steps.
+    std::vector<std::string> obstacles;
+};
+
+// The script has been run on a copy of "before", each command as if it were alone on what writing
+// and reading made of the map, and the result compared with "now". Values that are given to an
+// element must stand in the reference files.
+Script ScriptFromTo(const Inventory& before, const Inventory& now);
+
+// The script that makes the inventory of a new map, without platforms and consoles.
+Script ExportScript(const Inventory& now);
+
+// A line of tqsmgr for each step, in the shell's quoting, and a cache as a here-document behind it:
+//     tqsmgr -update system -name "db1" -port "2005"
+// Does not flush "out".
+void PrintScript(const Script& script, Output& out);

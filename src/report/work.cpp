@@ -1,0 +1,255 @@
+#include "report/work.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "model/checks.h"
+#include "model/lookups.h"
+#include "model/vocabulary.h"
+#include "xml/rvt_xml_writer.h"
+#include "xml/walk.h"
+
+using enum Property;
+
+static bool HasEventsWithoutLogging(const PropertyValues& values) {
+    return values[kLogging] == switch_off && values[kEvents] == switch_on;
+}
+
+// Whether a console's identifier can follow its port.
+static bool EndsInPort(const Element& item, std::string_view port) {
+    const size_t colon = item.id.find(':');
+    return colon != std::string_view::npos && item.id.substr(colon + 1) == port;
+}
+
+// A property that an element must have: all but the own address of a console inside a platform.
+static bool IsNeeded(const Element& item, Property property) {
+    return property != kAddress || item.platform == kNone;
+}
+
+static bool LacksProperty(const Element& item, const PropertyValues& before,
+                          const PropertyValues& now) {
+    return std::ranges::any_of(PropertiesOf(item.owner), [&](Property property) {
+        return now.Has(property) && !before.Has(property);
+    });
+}
+
+// A value in a message.
+static std::string Shortened(std::string_view value) {
+    static constexpr size_t kMost = 60;
+    return value.size() > kMost ? Quoted(value.substr(0, kMost)) + "..." : Quoted(value);
+}
+
+Work::Work(const Comparison& comparison)
+    : comparison_(comparison),
+      kept_(comparison.before().size(), false),
+      unit_of_(comparison.now().size(), kNone) {
+    JudgeMap();
+    for (size_t now = 0; now < comparison_.now().size(); ++now) {
+        PlanItem(now);
+    }
+    PlanRemovals();
+}
+
+void Work::Obstruct(const std::string& subject, std::string_view text) {
+    obstacles.push_back((subject + ": ").append(text));
+}
+
+void Work::JudgeMap() {
+    const MapContent& before = comparison_.map_before();
+    const MapContent& now = comparison_.map_now();
+    if (before.security != now.security &&
+        (!now.security || !before.security ||
+         (*now.security != switch_on && *now.security != switch_off))) {
+        Obstruct("map", "no command makes security " +
+                            (now.security ? Quoted(*now.security) : "none") + " of " +
+                            (before.security ? Quoted(*before.security) : "none"));
+    }
+    std::vector<Oddity> differing;
+    std::ranges::set_symmetric_difference(before.oddities, now.oddities,
+                                          std::back_inserter(differing));
+    for (const Oddity& oddity : differing) {
+        Obstruct("map", "no command makes or removes " + oddity.what);
+    }
+}
+
+// A value that a command is to set. Reference files are looked at when it runs.
+void Work::Judge(const Element& item, Property property, std::string_view value) {
+    const ValueKind kind = RowOf(property).kind;
+    const bool must_be_given = !RowOf(property).initial;
+    const auto obstruct = [&](std::string_view why) {
+        Obstruct(Label(item),
+                 (std::string(RowOf(property).key) + ' ' + Shortened(value)).append(why));
+    };
+    if (!IsXmlText(value)) {
+        obstruct(" holds a control character");
+    } else if (kind == ValueKind::kSwitch && value != switch_on && value != switch_off) {
+        obstruct(" is no switch");
+    } else if (must_be_given && value.empty()) {
+        obstruct(" is empty");
+    } else if (kind == ValueKind::kName || kind == ValueKind::kAddress ||
+               kind == ValueKind::kPort || kind == ValueKind::kTsPort) {
+        if (const Outcome form = CheckForm(item.owner, property, value, files_); !form.ok()) {
+            Obstruct(Label(item), form.message());
+        }
+    }
+}
+
+// The next write changes what it cannot keep, also where no command sets it.
+void Work::JudgeTexts(const Element& item, const RVT_Node& node) {
+    for (const RVT_Node& attribute : Attributes(node)) {
+        if (!IsReadAsWritten(attribute.GetValue())) {
+            Obstruct(Label(item), Shortened(attribute.GetValue()) + " would not be kept as it is");
+        }
+    }
+    for (const RVT_Node& child : Children(node)) {
+        const bool is_item = child.IsName(tag::Console) && &node == item.element;
+        if (child.IsType(RVT_ELEMENT) && !is_item) {
+            JudgeTexts(item, child);
+        }
+    }
+}
+
+bool Work::CanBeKept(size_t before, size_t now) const {
+    const Element& old_item = comparison_.before()[before];
+    const Element& new_item = comparison_.now()[now];
+    if (!comparison_.StaysInPlace(before, now) ||
+        (old_item.platform != kNone && !kept_[old_item.platform])) {
+        return false;
+    }
+    if (AreAlike(old_item, new_item)) {
+        return true;
+    }
+    const Content old_content = ContentOf(old_item);
+    const Content new_content = ContentOf(new_item);
+    const std::string_view port = old_content.values[kPort];
+    const bool changes_port =
+        old_item.owner == Owner::kConsole && new_content.values[kPort] != port;
+    const bool gets_events =
+        HasEventsWithoutLogging(new_content.values) && !HasEventsWithoutLogging(old_content.values);
+    return !LacksProperty(old_item, old_content.values, new_content.values) && !gets_events &&
+           std::ranges::includes(new_content.oddities, old_content.oddities) &&
+           !(changes_port && !EndsInPort(old_item, port));
+}
+
+void Work::PlanItem(size_t now) {
+    const Element& item = comparison_.now()[now];
+    const size_t before = comparison_.PartnerOfNow(now);
+    JudgeTexts(item, *item.element);
+    if (before == kNone || !CanBeKept(before, now)) {
+        unit_of_[now] = units.size();
+        units.push_back({.now = now, .command = {}});
+        PlanAddition(item, ContentOf(item));
+        return;
+    }
+    kept_[before] = true;
+    if (!AreAlike(comparison_.before()[before], item)) {
+        PlanUpdate(before, now);
+    }
+}
+
+// Whether an addition must be told a value. An element that is not logged has no events unless they
+// are asked for.
+static bool IsToBeTold(Property property, const PropertyValues& values) {
+    const bool is_initial = RowOf(property).initial == values[property];
+    const bool is_logged = values[kLogging] != switch_off;
+    return property != kName && (!is_initial || (property == kEvents && !is_logged));
+}
+
+// The unit is the last one.
+void Work::PlanAddition(const Element& item, const Content& content) {
+    Unit& unit = units.back();
+    Command& command = unit.command;
+    const bool is_platform = item.owner == Owner::kPlatform;
+    command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
+    command.name = item.name;
+    command.platform = item.platform == kNone ? "" : comparison_.now()[item.platform].name;
+    for (const Property property : PropertiesOf(item.owner)) {
+        const std::string_view value = content.values[property];
+        if (content.values.Has(property)) {
+            Judge(item, property, value);
+            if (IsToBeTold(property, content.values)) {
+                command.settings.push_back({property, std::string(value)});
+            }
+        } else if (IsNeeded(item, property)) {
+            Obstruct(Label(item), "no command leaves out " + std::string(RowOf(property).key));
+        }
+    }
+    TakeOddities(item, {}, content.oddities);
+    unit.changes_cache = content.cache != nullptr;
+}
+
+void Work::PlanUpdate(size_t before, size_t now) {
+    const Element& item = comparison_.now()[now];
+    const Content old_content = ContentOf(comparison_.before()[before]);
+    const Content new_content = ContentOf(item);
+    TakeOddities(item, old_content.oddities, new_content.oddities);
+    const bool changes_cache = !HaveSameCache(old_content, new_content);
+    NameValueList settings;
+    for (const Property property : PropertiesOf(item.owner)) {
+        const std::string_view value = new_content.values[property];
+        if (old_content.values.Has(property) && !new_content.values.Has(property)) {
+            Obstruct(Label(item), "no command takes away " + std::string(RowOf(property).key));
+        } else if (value != old_content.values[property]) {
+            Judge(item, property, value);
+            settings.push_back({property, std::string(value)});
+        }
+    }
+    if (changes_cache || !settings.empty()) {
+        Unit& unit = units[Need(now)];
+        unit.command.settings = std::move(settings);
+        unit.changes_cache = changes_cache;
+    }
+}
+
+void Work::TakeOddities(const Element& item, const std::vector<Oddity>& before,
+                        const std::vector<Oddity>& now) {
+    std::vector<Oddity> added;
+    std::ranges::set_difference(now, before, std::back_inserter(added));
+    for (const Oddity& oddity : added) {
+        Obstruct(Label(item), "no command makes " + oddity.what);
+    }
+}
+
+// What is inside a platform goes with it.
+void Work::PlanRemovals() {
+    const Elements& items = comparison_.before();
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (kept_[i] || (items[i].platform != kNone && !kept_[items[i].platform])) {
+            continue;
+        }
+        Step step;
+        step.command.action =
+            items[i].owner == Owner::kPlatform ? Action::kRemovePlatform : Action::kRemoveSystem;
+        step.command.name = items[i].name;
+        step.subject = Label(items[i]);
+        removals.push_back(std::move(step));
+    }
+}
+
+size_t Work::Need(size_t now) {
+    if (unit_of_[now] == kNone) {
+        Unit unit;
+        unit.before = comparison_.PartnerOfNow(now);
+        unit.now = now;
+        const Element& item = comparison_.before()[unit.before];
+        unit.command.action =
+            item.owner == Owner::kPlatform ? Action::kUpdatePlatform : Action::kUpdateSystem;
+        unit.command.name = item.name;
+        if (item.name.empty()) {
+            Obstruct(Label(comparison_.now()[now]), "no command changes what has no name");
+        }
+        unit_of_[now] = units.size();
+        units.push_back(std::move(unit));
+    }
+    return unit_of_[now];
+}
+
+// An address is set before the port, which is looked for at it.
+void Work::Set(Unit& unit, Property property) const {
+    NameValueList& settings = unit.command.settings;
+    if (NewValue(unit.command, property) == nullptr) {
+        const RVT_Node& element = *comparison_.now()[unit.now].element;
+        const NameValue setting = {property, std::string(PropertyOrEmpty(element, property))};
+        settings.insert(property == kAddress ? settings.begin() : settings.end(), setting);
+    }
+}
