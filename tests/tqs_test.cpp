@@ -191,3 +191,23 @@ TEST(Tqs, RefusesWithOneLine) {
     EXPECT_EQ(tree.Shell("tqs --help && tqs list --help && tqs --version").err, "");
     EXPECT_FALSE(tree.Exists(kLog) || tree.Exists(kLock));
 }
+
+// A session's map against the empty one it began with: code, text, and commands that a shell runs.
+TEST(Tqs, DiffsAndExports) {
+    const Tree tree;
+    ExpectRuns(tree, "cp " + kMap + " empty; tqsmgr",
+               {{"-add system -name s -addr 10.0.0.2 -port 1 -comment \\$x", 0}});
+    ExpectShell(tree, "tqs diff empty - <empty; echo $?; tqs diff --json --commands empty empty",
+                "0\n", 11);
+    ExpectShell(tree, "tqs diff empty " + kMap + " | cut -c1-13", "+ console \"s\"\n");
+    ExpectShell(
+        tree, "tqs diff --commands empty " + kMap + " >script; echo $?; tqs export | cmp - script",
+        "1\n");
+    ExpectShell(tree, "cp " + kMap + " new; cp empty " + kMap + "; sh script; cmp " + kMap + " new",
+                "");
+    ExpectShell(tree, "tqs diff - - <new", "", 11);
+    EXPECT_EQ(tree.Shell("sed -i 's/<System/<!-- x --><System/; s/ID=\"1:1\"/ID=\"1:1\" "
+                         "odd=\"1\"/' new; tqs export new")
+                  .code,
+              21);
+}

@@ -14,6 +14,8 @@
 #include "base/files.h"
 #include "base/paths.h"
 #include "report/check.h"
+#include "report/difference.h"
+#include "report/script.h"
 #include "run/kfxconf_file.h"
 #include "xml/rvt_xml_parser.h"
 
@@ -185,4 +187,46 @@ Result<int> CheckMap(const std::string& map) {
     out.Put(std::to_string(errors) + " errors, " + std::to_string(all - errors) + " warnings\n");
     Outcome outcome = Delivered(out);
     return outcome.ok() ? Result(errors == 0 ? 0 : 1) : outcome;
+}
+
+// Prints the commands, or says why there are none. "status" is that of a script with commands.
+static Result<int> Deliver(const Script& script, int status) {
+    for (const std::string& obstacle : script.obstacles) {
+        Complain("tqs: " + obstacle + "\n");
+    }
+    if (!script.obstacles.empty()) {
+        return Outcome(ExitCode::kIncompleteMap, "");
+    }
+    Output out(STDOUT_FILENO);
+    PrintScript(script, out);
+    Outcome outcome = Delivered(out);
+    return outcome.ok() ? Result(script.steps.empty() ? 0 : status) : outcome;
+}
+
+Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm form) {
+    if (before == "-" && now == "-") {
+        return Outcome(ExitCode::kInvalidArgument, "Only one of two maps can be standard input.");
+    }
+    const Result<Source> one = ReadMap(before);
+    if (!one.ok()) {
+        return one.outcome();
+    }
+    const Result<Source> other = ReadMap(now);
+    if (!other.ok()) {
+        return other.outcome();
+    }
+    if (form == DiffForm::kCommands) {
+        return Deliver(ScriptFromTo(one->inventory, other->inventory), 1);
+    }
+    const std::vector<Difference> differences =
+        Comparison(one->inventory, other->inventory).Differences();
+    Output out(STDOUT_FILENO);
+    PrintDifferences(differences, form == DiffForm::kJson ? Form::kJson : Form::kText, out);
+    Outcome outcome = Delivered(out);
+    return outcome.ok() ? Result(differences.empty() ? 0 : 1) : outcome;
+}
+
+Result<int> ExportMap(const std::string& map) {
+    const Result<Source> source = ReadMap(map);
+    return source.ok() ? Deliver(ExportScript(source->inventory), 0) : source.outcome();
 }

@@ -16,3 +16,13 @@ Result<int> ListItems(const std::string& map, Listing listing);
 
 // A line for each finding and one that counts them. 1 when there are errors.
 Result<int> CheckMap(const std::string& map);
+
+enum class DiffForm { kText, kJson, kCommands };
+
+// What differs between the maps "before" and "now", of which one may be standard input. 0 when they
+// are equal, else 1. kIncompleteMap without a message when no commands lead from one to the other;
+// standard error then says why.
+Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm form);
+
+// The commands that make the map's inventory of an empty one. Fails as DiffMaps.
+Result<int> ExportMap(const std::string& map);

@@ -116,6 +116,37 @@ void AddList(CLI::App& app, ListWords& words) {
     list->footer(keys + "\n");
 }
 
+// What the words of "diff" stand for.
+struct DiffWords {
+    std::string before;
+    std::string now;
+    bool is_text = false;
+    bool is_json = false;
+    bool is_commands = false;
+};
+
+void AddDiff(CLI::App& app, DiffWords& words) {
+    CLI::App* diff = app.add_subcommand("diff", "Compare two inventories");
+    diff->add_option("OLD", words.before, "A map, or \"-\" for standard input")
+        ->type_name("")
+        ->required();
+    diff->add_option("NEW", words.now, "Another")->type_name("")->required();
+    CLI::Option* text =
+        diff->add_flag("--text", words.is_text, "A line for each difference, which is the default");
+    CLI::Option* json = diff->add_flag("--json", words.is_json, "The same as data");
+    diff->add_flag("--commands", words.is_commands, "Commands that make of OLD what NEW says")
+        ->excludes(text)
+        ->excludes(json);
+    json->excludes(text);
+}
+
+Result<int> RunDiff(const DiffWords& words) {
+    const DiffForm form = words.is_json       ? DiffForm::kJson
+                          : words.is_commands ? DiffForm::kCommands
+                                              : DiffForm::kText;
+    return DiffMaps(words.before, words.now, form);
+}
+
 // The words that could have been meant by one that is not known.
 std::vector<std::string> KnownWords(const CLI::App& app, bool is_option) {
     std::vector<std::string> known;
@@ -180,6 +211,12 @@ Result<int> Run(int argc, char** argv) {
     app.add_subcommand("check", "Judge a whole map: a line for each fault, with its place")
         ->add_option("MAP", checked, kMapHelp)
         ->type_name("");
+    DiffWords diff;
+    AddDiff(app, diff);
+    std::string exported = paths::kSystemMap;
+    app.add_subcommand("export", "Print the commands that make the inventory of an empty one")
+        ->add_option("MAP", exported, kMapHelp)
+        ->type_name("");
     for (CLI::App* command : app.get_subcommands({})) {
         command->set_help_flag("--help", "Print this help and exit");
     }
@@ -192,7 +229,13 @@ Result<int> Run(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return Complaint(app, error);
     }
-    return app.got_subcommand("list") ? RunList(list) : CheckMap(checked);
+    if (app.got_subcommand("list")) {
+        return RunList(list);
+    }
+    if (app.got_subcommand("diff")) {
+        return RunDiff(diff);
+    }
+    return app.got_subcommand("check") ? CheckMap(checked) : ExportMap(exported);
 }
 
 }  // namespace
