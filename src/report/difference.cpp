@@ -83,9 +83,9 @@ void Comparison::Match(size_t before, size_t now) {
 
 namespace {
 
-// The elements of one kind that had no partner at first, by name. Most elements stand where their partner
-// does, so the one behind the last that was found is tried before the table, which is not made
-// until then.
+// The elements of one kind that had no partner at first, by name. Most elements stand where their
+// partner does, so the one behind the last that was found is tried before the table, which is not
+// made until then.
 class ElementsByName {
   public:
     ElementsByName(const Elements& items, Owner owner, const std::vector<size_t>& partners)
