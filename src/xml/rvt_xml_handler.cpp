@@ -13,6 +13,7 @@
 #include "base/calls.h"
 #include "base/complaints.h"
 #include "base/text.h"
+#include "library/library.h"
 #include "xml/file_source.h"
 #include "xml/parsed_text.h"
 
@@ -349,6 +350,9 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     if (reading_.rules == DocumentRules::kForeign || path.empty() ||
         calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
         RefuseReference(reading_, identifier->getSystemId());
+    }
+    if (identifier->getResourceIdentifierType() != Identifier::ExternalEntity) {
+        MakeSchemaTables();
     }
     return new FileSource(path);
 }
