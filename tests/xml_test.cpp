@@ -179,6 +179,9 @@ TEST(Xml, RefusedMaps) {
         tree.Write("map", bad);
         ExpectRefused(tree, "map");
     }
+    // What no command looks at is checked as well.
+    tree.WriteMap("<P xmlns:n='u' a='1' n:a='2'/>");
+    EXPECT_EQ(tree.Run({"-view", "security"}).code, 20);
     for (const char* path : {"none.xml", "folder", "http://127.0.0.1:9/x"}) {
         ExpectRefused(tree, path);
     }
@@ -219,7 +222,9 @@ TEST(Xml, Depth) {
     for (const size_t n : {299U, 300U}) {
         const std::string e = n == 299 ? "" : "RVT_Node_Stack::Push(): stack overflow";
         tree.WriteMap(Times(n, "<E>") + Times(n, "</E>"));
-        ExpectRuns(tree, "tqsmgr", {{"-security true", n == 299 ? 0 : 90, e}});
+        ExpectRuns(tree, "tqsmgr",
+                   {{"-security true", n == 299 ? 0 : 90, e},
+                    {"-view security", n == 299 ? 0 : 90, n == 299 ? "true\n" : e}});
     }
     EXPECT_EQ(tree.Read(kLock), "");
 }

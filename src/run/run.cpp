@@ -21,13 +21,21 @@ Outcome Run::Begin(std::span<const char* const> words) {
     return log_.LogCommandLine(words);
 }
 
+// What an action looks at in the map.
+static DocumentPart PartFor(Action action) {
+    const bool is_top = action == Action::kViewSecurity || action == Action::kGetConfigValue ||
+                        action == Action::kSetConfigValue;
+    return is_top ? DocumentPart::kTop : DocumentPart::kWhole;
+}
+
 // Takes the lock and reads the map. What the parser only gives up leaves a tree that the command
 // then finds incomplete, but the -config actions look at nothing in it.
 Outcome Run::Open(const Command& command) {
     if (Outcome outcome = lock_.Lock(); !outcome.ok()) {
         return outcome;
     }
-    const Result<bool> is_whole = ParseXMLFile(command.map, inventory_.Tree());
+    const Result<bool> is_whole =
+        ParseXMLFile(command.map, inventory_.Tree(), PartFor(command.action));
     const bool is_needed =
         command.action == Action::kGetConfigValue || command.action == Action::kSetConfigValue;
     return is_whole.ok() && !*is_whole && is_needed ? Outcome(ExitCode::kNotWellFormed, "")

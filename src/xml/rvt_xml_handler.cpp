@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
+#include <vector>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
@@ -13,6 +15,7 @@
 #include "base/calls.h"
 #include "base/complaints.h"
 #include "base/text.h"
+#include "library/library.h"
 #include "xml/file_source.h"
 #include "xml/parsed_text.h"
 
@@ -24,25 +27,26 @@ void Reading::Append(RVT_Node* node) {
     }
 }
 
-// A name that would make the written document another one: the map has local names alone, so two
+// Names that would make the written document another one: the map has local names alone, so two
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
-// become a declaration.
-void MyContentHandler::CheckName(const RVT_Node& element, NameId name) {
-    if (name == kXmlnsId) {
-        Refuse(reading_, "attribute with the local name 'xmlns' is not allowed");
+// become a declaration. Without a prefix neither gets past the parser.
+static void CheckNames(Reading& reading, const XMLCh* element,
+                       const xercesc::Attributes& attributes) {
+    bool has_prefix = false;
+    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
+        has_prefix = has_prefix || *attributes.getURI(i) != 0;
     }
-    if (reading_.rules != DocumentRules::kMap) {
-        return;
+    std::set<std::u16string_view> names;
+    for (XMLSize_t i = 0; has_prefix && i < attributes.getLength(); ++i) {
+        const std::u16string_view name = attributes.getLocalName(i);
+        if (name == u"xmlns") {
+            Refuse(reading, "attribute with the local name 'xmlns' is not allowed");
+        }
+        if (!names.insert(name).second && reading.rules == DocumentRules::kMap) {
+            Refuse(reading, "attribute '" + ToUtf8(attributes.getLocalName(i)) +
+                                "' is already specified for element '" + ToUtf8(element) + "'");
+        }
     }
-    if (bearers_.size() <= name) {
-        bearers_.resize(name + 1, nullptr);
-    }
-    if (bearers_[name] == &element) {
-        Refuse(reading_, "attribute '" + std::string(NameText(name)) +
-                             "' is already specified for element '" +
-                             std::string(element.GetName()) + "'");
-    }
-    bearers_[name] = &element;
 }
 
 // Entities and defaults may make a foreign document somewhat larger than it is, not hundreds of
@@ -65,7 +69,6 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
     RVT_Node* attribute = element->AddAttributes(count);
     for (XMLSize_t i = 0; i < count; ++i) {
         const NameId name = ParsedName(attributes.getLocalName(i));
-        CheckName(*element, name);
         const char* value = ParsedValue(attributes.getValue(i));
         CheckGrowth(value);
         attribute->SetName(name);
@@ -85,8 +88,9 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
 void MyContentHandler::startElement(const XMLCh*, const XMLCh* localname, const XMLCh*,
                                     const xercesc::Attributes& attributes) {
     NoteStart();
-    // A document that is only checked is not kept, but its open elements are counted.
-    RVT_Node* element = reading_.tree == nullptr ? nullptr : NewElement(localname, attributes);
+    CheckNames(reading_, localname, attributes);
+    // What is not kept is checked all the same, and counted while it is open.
+    RVT_Node* element = reading_.Keeps() ? NewElement(localname, attributes) : nullptr;
     if (!reading_.open_elements.Push(element)) {
         LeaveForStack(reading_, "RVT_Node_Stack::Push(): stack overflow\n");
     }
@@ -179,7 +183,7 @@ void MyContentHandler::warning(const xercesc::SAXParseException& exception) {
 
 void MyLexicalHandler::comment(const XMLCh* text, XMLSize_t length) {
     reading_.NotePlace();
-    if (reading_.tree == nullptr) {
+    if (!reading_.Keeps()) {
         return;
     }
     RVT_Node* comment = RVT_Node::Create(RVT_COMMENT);
@@ -370,6 +374,9 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     if (reading_.rules == DocumentRules::kForeign || path.empty() ||
         calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
         RefuseReference(reading_, identifier->getSystemId());
+    }
+    if (identifier->getResourceIdentifierType() != Identifier::ExternalEntity) {
+        MakeSchemaTables();
     }
     return new FileSource(path);
 }

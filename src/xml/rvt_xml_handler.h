@@ -4,7 +4,6 @@
 
 #include <string>
 #include <string_view>
-#include <vector>
 #include <xercesc/framework/XMLDocumentHandler.hpp>
 #include <xercesc/sax2/DeclHandler.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
@@ -22,6 +21,7 @@ struct Reading {
     DocumentRules rules = DocumentRules::kMap;
     size_t size = 0;                            // bytes of a foreign document
     RVT_XML_Tree* tree = nullptr;               // to be filled; null to keep nothing
+    DocumentPart part = DocumentPart::kWhole;   // what the tree is to hold
     bool in_document_type = false;              // whether the parser is in the document type
     const xercesc::Locator* locator = nullptr;  // where the parser is
     RVT_Node_Stack open_elements = {};
@@ -30,6 +30,10 @@ struct Reading {
     std::vector<size_t>* start_lines = nullptr;
     size_t last_line = 1;  // where the last event ended, while somebody asks
 
+    // Whether what stands where the parser is belongs to the part that is kept.
+    [[nodiscard]] bool Keeps() const {
+        return tree != nullptr && (part == DocumentPart::kWhole || open_elements.IsEmpty());
+    }
     // Appends a finished node to the innermost open element, or to the document.
     void Append(RVT_Node* node);
     // Notes where an event has ended.
@@ -79,12 +83,9 @@ class MyContentHandler : public xercesc::DefaultHandler {
   private:
     void NoteStart();
     RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
-    void CheckName(const RVT_Node& element, NameId name);
     void CheckGrowth(const char* value);
 
     Reading& reading_;
-    // By name, the last element that has an attribute of that name.
-    std::vector<const RVT_Node*> bearers_;
     size_t value_bytes_ = 0;
 };
 

@@ -126,9 +126,8 @@ Result<bool> Parse(Reading reading, MakeSource make_source) {
 
 }  // namespace
 
-Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree, DocumentRules rules) {
-    return Parse({.path = path, .rules = rules, .tree = &tree},
-                 [&path] { return FileSource(path); });
+Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree, DocumentPart part) {
+    return Parse({.path = path, .tree = &tree, .part = part}, [&path] { return FileSource(path); });
 }
 
 Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree,

@@ -24,7 +24,13 @@ enum class DocumentRules {
     kForeign,
 };
 
-// Parses the file "path", taken by its bytes, into "tree". Whether the parser got to the end: where
+// How much of a document is kept. The whole is read and checked in any case.
+enum class DocumentPart {
+    kWhole,
+    kTop,  // what stands in no element: the root with its attributes, but nothing inside it
+};
+
+// Parses the map "path", taken by its bytes, into "tree". Whether the parser got to the end: where
 // it only says on standard error that it gave up, the tree holds what was read so far. An error in
 // the document, and a file that cannot be read, is kNotWellFormed with
 //     Error at file map.xml, line 3, char 7.
@@ -34,7 +40,7 @@ enum class DocumentRules {
 // bounded, and so is the memory that the library takes for a foreign document. Memory that ends is
 // kNotWellFormed as well.
 Result<bool> ParseXMLFile(const std::string& path, RVT_XML_Tree& tree,
-                          DocumentRules rules = DocumentRules::kMap);
+                          DocumentPart part = DocumentPart::kWhole);
 
 // The same for a document in memory; "name" stands for its path in messages.
 Result<bool> ParseXMLText(std::string_view text, const std::string& name, RVT_XML_Tree& tree,

@@ -1,0 +1,21 @@
+// The XML library, Xerces-C, and what is kept out of it.
+//
+// Each file here but schema_tables.cpp defines a part of the library anew, ahead of its archive, so
+// that the archive's own part is never linked:
+//
+// - no_network.cpp: the accessor for URLs. Nothing that a document says makes the program open a
+//   connection, and no network client is linked with it.
+// - late_tables.cpp: the list of what the library sets up when it starts. Nearly all
+//   of that are tables that only schemas need, close to half of the instructions of a run on a
+//   small map. They are made when a document first names a schema. The register of encodings is
+//   never made: the library asks it only when told to be strict.
+//
+// The list was taken from the sources of one version of the library, whose number stands in
+// cmake/libraries.cmake. With any other version the build says so and links the library's own list.
+// TQS_STOCK_LIBRARY has that linked in any case, for comparison; the network stays out.
+#pragma once
+
+// Makes the tables that schemas need, unless they are made. To be called before the library is
+// given a schema, while it is started. Where it fails, for lack of memory, the library's panic
+// handler is called, as at the start.
+void MakeSchemaTables();
