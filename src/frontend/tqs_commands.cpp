@@ -46,7 +46,10 @@ Result<Source> ReadMap(const std::string& path) {
         is_whole = ParseXMLFile(path, source.inventory.Tree());
     }
     if (!is_whole.ok()) {
-        return is_whole.outcome();
+        Outcome outcome = is_whole.outcome();
+        return outcome.cause()
+                   ? std::move(outcome)
+                   : std::move(outcome).WithCause({source.Name(), "elements are nested too deep"});
     }
     const Result<RVT_Node*> map = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap);
     return map.ok() ? Result(std::move(source))
