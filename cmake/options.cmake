@@ -17,6 +17,12 @@ target_compile_options(tqs_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 target_link_options(tqs_options INTERFACE -Wl,-z,pack-relative-relocs)
+# Optimized as a whole. Objects keep their symbols, which check_calls.cmake looks at.
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT TQS_SANITIZE)
+  target_compile_options(tqs_options INTERFACE
+    $<$<CONFIG:Release>:-flto=auto> $<$<CONFIG:Release>:-ffat-lto-objects>)
+  target_link_options(tqs_options INTERFACE $<$<CONFIG:Release>:-flto=auto>)
+endif()
 if(TQS_HARDEN)
   include(CheckCXXCompilerFlag)
   foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
