@@ -55,9 +55,10 @@ struct ValueSlot {
 constexpr size_t kLongSlots = 64;
 constexpr size_t kValueSlots = 1024;
 
-// Names come in the same orders over and over, so the two that followed a name before are tried
-// first.
-struct Followers {
+// A name as the parser gives it. Names come in the same orders over and over, so the two that
+// followed a name before are tried first.
+struct KnownName {
+    std::u16string text;  // empty until the parser has given it
     NameId likely = 0;
     NameId other = 0;
 };
@@ -65,7 +66,7 @@ struct Followers {
 struct {
     std::array<ValueSlot, kValueSlots> values = {};
     std::array<const char*, kLongSlots> long_values = {};
-    std::vector<Followers> followers = {{}};  // by name
+    std::vector<KnownName> names = {{}};  // by id
     NameId last_name = 0;
 } seen;
 
@@ -76,6 +77,14 @@ bool IsSame(const char* kept, const char16_t* wide) {
         ++wide;
     }
     return *kept == '\0' && *wide == 0;
+}
+
+bool IsSame(const char16_t* known, const char16_t* name) {
+    while (*known == *name && *known != 0) {
+        ++known;
+        ++name;
+    }
+    return *known == *name;
 }
 
 const char* KeepLong(const char16_t* value, uint64_t hash) {
@@ -102,16 +111,20 @@ const char* KeepLong(const char16_t* value, uint64_t hash) {
 }  // namespace
 
 NameId ParsedName(const char16_t* name) {
-    auto& [likely, other] = seen.followers[seen.last_name];
-    if (!IsSame(NameText(likely).data(), name)) {
+    const auto is_name = [name](NameId id) { return IsSame(seen.names[id].text.c_str(), name); };
+    auto& [text, likely, other] = seen.names[seen.last_name];
+    if (!is_name(likely)) {
         std::swap(likely, other);
-        if (!IsSame(NameText(likely).data(), name)) {
+        if (!is_name(likely)) {
             likely = InternName(ToUtf8(name));
         }
     }
     seen.last_name = likely;
-    if (seen.followers.size() <= seen.last_name) {
-        seen.followers.resize(seen.last_name + 1);
+    if (seen.names.size() <= seen.last_name) {
+        seen.names.resize(seen.last_name + 1);
+    }
+    if (KnownName& known = seen.names[seen.last_name]; known.text.empty()) {
+        known.text = name;
     }
     return seen.last_name;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <string>
 
 #include "base/complaints.h"
@@ -51,6 +52,11 @@ static std::string WithControlReferences(std::string_view text) {
 }
 
 std::string_view XmlPrinter::DoEntityReferenceReplacement(const char* text) {
+    // Most values are short and plain.
+    const size_t plain = strcspn(text, "&<>\"'");
+    if (text[plain] == '\0' && plain <= kLongestValue) {
+        return {text, plain};
+    }
     size_t used = 0;
     for (; *text != '\0' && used < kLongestValue; ++text) {
         const std::string_view entity = EntityFor(*text);
