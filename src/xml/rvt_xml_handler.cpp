@@ -8,7 +8,6 @@
 #include <vector>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
-#include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/util/XMLResourceIdentifier.hpp>
 #include <xercesc/validators/common/ContentSpecNode.hpp>
 
@@ -29,22 +28,17 @@ void Reading::Append(RVT_Node* node) {
 
 // Names that would make the written document another one: the map has local names alone, so two
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
-// become a declaration. Without a prefix neither gets past the parser.
-static void CheckNames(Reading& reading, const XMLCh* element,
-                       const xercesc::Attributes& attributes) {
-    bool has_prefix = false;
-    for (XMLSize_t i = 0; i < attributes.getLength(); ++i) {
-        has_prefix = has_prefix || *attributes.getURI(i) != 0;
-    }
+// become a declaration. Where no attribute has a prefix, neither gets past the parser.
+void MyContentHandler::CheckNames(const XMLCh* element) const {
     std::set<std::u16string_view> names;
-    for (XMLSize_t i = 0; has_prefix && i < attributes.getLength(); ++i) {
-        const std::u16string_view name = attributes.getLocalName(i);
+    for (const xercesc::XMLAttr* attribute : attributes_) {
+        const std::u16string_view name = attribute->getName();
         if (name == u"xmlns") {
-            Refuse(reading, "attribute with the local name 'xmlns' is not allowed");
+            Refuse(reading_, "attribute with the local name 'xmlns' is not allowed");
         }
-        if (!names.insert(name).second && reading.rules == DocumentRules::kMap) {
-            Refuse(reading, "attribute '" + ToUtf8(attributes.getLocalName(i)) +
-                                "' is already specified for element '" + ToUtf8(element) + "'");
+        if (!names.insert(name).second && reading_.rules == DocumentRules::kMap) {
+            Refuse(reading_, "attribute '" + ToUtf8(attribute->getName()) +
+                                 "' is already specified for element '" + ToUtf8(element) + "'");
         }
     }
 }
@@ -61,19 +55,15 @@ void MyContentHandler::CheckGrowth(const char* value) {
     }
 }
 
-RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
-                                       const xercesc::Attributes& attributes) {
+RVT_Node* MyContentHandler::NewElement(const XMLCh* name) {
     RVT_Node* element = RVT_Node::Create(RVT_ELEMENT);
-    element->SetName(ParsedName(localname));
-    const XMLSize_t count = attributes.getLength();
-    RVT_Node* attribute = element->AddAttributes(count);
-    for (XMLSize_t i = 0; i < count; ++i) {
-        const NameId name = ParsedName(attributes.getLocalName(i));
-        const char* value = ParsedValue(attributes.getValue(i));
-        CheckGrowth(value);
-        attribute->SetName(name);
-        attribute->SetKeptValue(value);
-        ++attribute;
+    element->SetName(ParsedName(name));
+    RVT_Node* node = element->AddAttributes(attributes_.size());
+    for (const xercesc::XMLAttr* attribute : attributes_) {
+        node->SetName(ParsedName(attribute->getName()));
+        node->SetKeptValue(ParsedValue(attribute->getValue()));
+        CheckGrowth(node->GetValue());
+        ++node;
     }
     return element;
 }
@@ -85,18 +75,35 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* localname,
     throw ReadingFailed();
 }
 
-void MyContentHandler::startElement(const XMLCh*, const XMLCh* localname, const XMLCh*,
-                                    const xercesc::Attributes& attributes) {
+static bool IsXmlns(const XMLCh* name) {
+    return *name == u'x' && std::u16string_view(name) == u"xmlns";
+}
+
+void MyContentHandler::StartElement(const XMLCh* name,
+                                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                                    size_t count) {
     NoteStart();
-    CheckNames(reading_, localname, attributes);
+    attributes_.clear();
+    bool has_prefix = false;
+    for (size_t i = 0; i < count; ++i) {
+        const xercesc::XMLAttr* attribute = attributes.elementAt(i);
+        const bool is_prefixed = *attribute->getPrefix() != 0;
+        if (!IsXmlns(is_prefixed ? attribute->getPrefix() : attribute->getName())) {
+            attributes_.push_back(attribute);
+            has_prefix = has_prefix || is_prefixed;
+        }
+    }
+    if (has_prefix) {
+        CheckNames(name);
+    }
     // What is not kept is checked all the same, and counted while it is open.
-    RVT_Node* element = reading_.Keeps() ? NewElement(localname, attributes) : nullptr;
+    RVT_Node* element = reading_.Keeps() ? NewElement(name) : nullptr;
     if (!reading_.open_elements.Push(element)) {
         LeaveForStack(reading_, "RVT_Node_Stack::Push(): stack overflow\n");
     }
 }
 
-void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
+void MyContentHandler::EndElement() {
     RVT_Node* element = reading_.open_elements.Peek();
     if (!reading_.open_elements.Pop()) {
         LeaveForStack(reading_, "RVT_Node_Stack::Pop(): stack underflow\n");
@@ -105,6 +112,12 @@ void MyContentHandler::endElement(const XMLCh*, const XMLCh*, const XMLCh*) {
         reading_.Append(element);
     }
     reading_.NotePlace();
+}
+
+void MyContentHandler::Text() {
+    if (!reading_.open_elements.IsEmpty()) {
+        reading_.NotePlace();
+    }
 }
 
 void Reading::NotePlace() {

@@ -4,6 +4,7 @@
 
 #include <string>
 #include <string_view>
+#include <xercesc/framework/XMLAttr.hpp>
 #include <xercesc/framework/XMLDocumentHandler.hpp>
 #include <xercesc/sax2/DeclHandler.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
@@ -64,11 +65,13 @@ class MyContentHandler : public xercesc::DefaultHandler {
     void setDocumentLocator(const xercesc::Locator* locator) override {
         reading_.locator = locator;
     }
-    void startElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname,
-                      const xercesc::Attributes& attributes) override;
-    void endElement(const XMLCh* uri, const XMLCh* localname, const XMLCh* qname) override;
-    void characters(const XMLCh*, XMLSize_t) override { reading_.NotePlace(); }
-    void ignorableWhitespace(const XMLCh*, XMLSize_t) override { reading_.NotePlace(); }
+    // An element of the local name "name" with the first "count" of "attributes", declarations of
+    // namespaces among them; its end; and text in it.
+    void StartElement(const XMLCh* name, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
+                      size_t count);
+    void EndElement();
+    void Text();
+
     void processingInstruction(const XMLCh*, const XMLCh*) override { reading_.NotePlace(); }
 
     void warning(const xercesc::SAXParseException& exception) override;
@@ -82,10 +85,12 @@ class MyContentHandler : public xercesc::DefaultHandler {
 
   private:
     void NoteStart();
-    RVT_Node* NewElement(const XMLCh* localname, const xercesc::Attributes& attributes);
+    void CheckNames(const XMLCh* element) const;
+    RVT_Node* NewElement(const XMLCh* name);
     void CheckGrowth(const char* value);
 
     Reading& reading_;
+    std::vector<const xercesc::XMLAttr*> attributes_;  // of the present element
     size_t value_bytes_ = 0;
 };
 
