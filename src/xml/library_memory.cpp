@@ -82,3 +82,8 @@ void LibraryMemory::deallocate(void* memory) {
         free(memory);
     }
 }
+
+void LibraryMemory::panic(PanicReasons) {
+    Fail();
+    throw ReadingFailed();
+}

@@ -11,10 +11,11 @@
 #include <cstddef>
 #include <memory>
 #include <xercesc/framework/MemoryManager.hpp>
+#include <xercesc/util/PanicHandler.hpp>
 
 #include "xml/rvt_xml_handler.h"
 
-class LibraryMemory : public xercesc::MemoryManager {
+class LibraryMemory : public xercesc::MemoryManager, public xercesc::PanicHandler {
   public:
     // Bytes that are taken from the arena at most. They are never given back.
     static constexpr size_t kFromArena = size_t{768} << 10;
@@ -36,6 +37,10 @@ class LibraryMemory : public xercesc::MemoryManager {
     void* allocate(XMLSize_t size) override;
     void deallocate(void* memory) override;
     xercesc::MemoryManager* getExceptionMemoryManager() override { return this; }
+
+    // Everything that the library needs at its start, or for its first schema, is part of the
+    // program, so when it cannot go on there, it lacks memory. Leaves by ReadingFailed.
+    void panic(PanicReasons reason) override;
 
     // Notes that the reading has failed for lack of memory or "why", with no place in the document:
     // the parser may be in the middle of anything.

@@ -3,7 +3,6 @@
 #include <new>
 #include <xercesc/parsers/SAX2XMLReaderImpl.hpp>
 #include <xercesc/util/OutOfMemoryException.hpp>
-#include <xercesc/util/PanicHandler.hpp>
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/SecurityManager.hpp>
 #include <xercesc/util/XMLUni.hpp>
@@ -25,16 +24,6 @@ constexpr bool schemaFullChecking = false;
 constexpr bool namespacePrefixes = false;
 
 LibraryMemory library_memory;
-
-// Everything that the library needs at its start is part of the program, so when it cannot go on
-// there, or says no more than that something failed, it lacks memory.
-class StartHandler : public xercesc::PanicHandler {
-  public:
-    void panic(const PanicReasons) override {
-        library_memory.Fail();
-        throw ReadingFailed();
-    }
-};
 
 // The library's reader. Elements go to the handler as the parser has them: what the library makes
 // of them for its own handlers takes a fifteenth of a run, and nobody looks at it. Nor do those
@@ -110,10 +99,9 @@ void ParseWithHandlers(const xercesc::InputSource& source, Reading& reading) {
 // got to the end.
 template <typename MakeSource>
 bool ParseWithLibrary(Reading& reading, MakeSource make_source) {
-    StartHandler start_handler;
     try {
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                              &start_handler, &library_memory);
+                                              &library_memory, &library_memory);
     } catch (const xercesc::XMLException& failure) {
         Complain("Error during initialization! :\n" + ToUtf8(failure.getMessage()) + "\n");
         return false;
@@ -173,14 +161,13 @@ Result<std::vector<size_t>> LinesOfStartTags(std::string_view text, const std::s
 
 struct XMLLibrary::Start {
     Reading reading = {};
-    StartHandler handler = {};
 };
 
 XMLLibrary::XMLLibrary() : start_(std::make_unique<Start>()) {
     try {
         library_memory.Begin(start_->reading);
         xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
-                                              &start_->handler, &library_memory);
+                                              &library_memory, &library_memory);
     } catch (const xercesc::XMLException&) {
         start_.reset();
     } catch (const xercesc::OutOfMemoryException&) {
