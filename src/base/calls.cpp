@@ -38,6 +38,10 @@ int Fsync(int fd) {
     return fsync(fd);
 }
 
+int BeginWriteback(int fd) {
+    return sync_file_range(fd, 0, 0, SYNC_FILE_RANGE_WRITE);
+}
+
 int Ftruncate(int fd, off_t length) {
     return ftruncate(fd, length);
 }

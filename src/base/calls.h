@@ -24,6 +24,8 @@ ssize_t Read(int fd, void* buffer, size_t size);
 ssize_t Write(int fd, const void* data, size_t size);
 ssize_t Pwrite(int fd, const void* data, size_t size, off_t offset);
 int Fsync(int fd);
+// Has the disk begin with what the file has been given, without waiting (sync_file_range).
+int BeginWriteback(int fd);
 int Ftruncate(int fd, off_t length);
 // Reserves room for "length" bytes from "offset" on and leaves the file's size as it is.
 int Reserve(int fd, off_t offset, off_t length);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/calls.h"
 #include "base/files.h"
 
 void Output::PutSpaces(size_t count) {
@@ -16,6 +17,16 @@ void Output::Write(std::string_view text) {
         *memory_ += text;
     } else {
         failed_ = failed_ || !WriteAll(fd_, text);
+        BeginWriteback(text.size());
+    }
+}
+
+void Output::BeginWriteback(size_t written) {
+    static constexpr size_t kPiece = size_t{8} << 20;
+    waiting_ += written;
+    if (waiting_ >= kPiece) {
+        static_cast<void>(calls::BeginWriteback(fd_));
+        waiting_ = 0;
     }
 }
 

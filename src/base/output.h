@@ -42,6 +42,9 @@ class Output {
     void PutLong(std::string_view text);
 
     void Write(std::string_view text);
+    // Has the disk begin with what was written while more is made, when it is much: who then syncs
+    // waits for less.
+    void BeginWriteback(size_t written);
 
     // Many small texts are collected in memory, and buffers are never given back.
     static constexpr size_t kMemoryBufferSize = 1024;
@@ -51,6 +54,7 @@ class Output {
     size_t size_ = kBufferSize;
     char* buffer_ = static_cast<char*>(arena::Allocate(size_));
     size_t used_ = 0;
+    size_t waiting_ = 0;  // bytes written of which the disk has not been told
     bool failed_ = false;
 };
 

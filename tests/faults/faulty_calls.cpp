@@ -180,6 +180,9 @@ ssize_t Write(int fd, const void* data, size_t size) {
 ssize_t Pwrite(int fd, const void* data, size_t size, off_t offset) {
     return MakeWrite("Pwrite", fd, static_cast<long>(size), offset, [&](size_t n) { return pwrite(fd, data, n, offset); });
 }
+int BeginWriteback(int) {
+    return 0;
+}
 // The disk itself is not waited for: power fails in the model above alone.
 int Fsync(int fd) {
     const int result = Make("Fsync", PathOf(fd), [] { return 0; });
