@@ -28,7 +28,7 @@ void LibraryMemory::Begin(Reading& reading) {
                  ? held_ + kMostForAnyDocument + kMostForEachByte * reading.size
                  : SIZE_MAX;
     if (reserve_ == nullptr) {
-        reserve_ = std::make_unique<std::byte[]>(kReserve);
+        reserve_ = std::make_unique_for_overwrite<std::byte[]>(kReserve);
     }
 }
 

@@ -64,7 +64,7 @@ struct KnownName {
 };
 
 struct {
-    std::array<ValueSlot, kValueSlots> values = {};
+    ValueSlot* values = nullptr;  // in the arena, whose page is there anyway
     std::array<const char*, kLongSlots> long_values = {};
     std::vector<KnownName> names = {{}};  // by id
     NameId last_name = 0;
@@ -134,6 +134,9 @@ const char* ParsedValue(const char16_t* value) {
     const uint64_t hash = Hash(text.words);
     if (text.length > kShort) {
         return KeepLong(value, hash);
+    }
+    if (seen.values == nullptr) {
+        seen.values = static_cast<ValueSlot*>(arena::Allocate(kValueSlots * sizeof(ValueSlot)));
     }
     auto& [words, kept] = seen.values[hash % kValueSlots];
     if (kept == nullptr || words != text.words) {
