@@ -1,5 +1,6 @@
 // The floor under every run: starts the parser library, reads the document named by the one
-// argument with handlers that do nothing, and exits. Linked as the program is.
+// argument with handlers that do nothing, and exits. Linked and started as the program is, whatever
+// is kept out of the library.
 #include <memory>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
