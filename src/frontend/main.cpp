@@ -50,7 +50,11 @@ int main(int argc, char** argv) {
     } catch (const std::bad_alloc&) {
         outcome = {ExitCode::kWriteFailed, "Out of memory."};
     }
-    run.End(outcome);
-    PrintErrors(argc > 0 ? argv[0] : "tqsmgr", outcome);
+    try {
+        run.End(outcome);
+        PrintErrors(argc > 0 ? argv[0] : "tqsmgr", outcome);
+    } catch (const std::bad_alloc&) {
+        // What could not be said is lost; the lock ends with the process.
+    }
     return Number(outcome.code());
 }
