@@ -1,19 +1,22 @@
 #include "model/index.h"
 
+#include <new>
+
+#include "base/arena.h"
 #include "base/text.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-std::optional<Index> Index::Of(const RVT_Node& map) {
-    Index index;
+Index* Index::Of(const RVT_Node& map) {
+    auto* index = new (arena::Allocate(sizeof(Index))) Index;
     for (RVT_Node& node : LiveElements(map, tag::Platform, tag::Console)) {
-        bool is_regular = index.AddNew({&node});
+        bool is_regular = index->AddNew({&node});
         for (RVT_Node& console : LiveElements(node, tag::Console)) {
             is_regular =
-                is_regular && (!node.IsName(tag::Platform) || index.AddNew({&console, &node}));
+                is_regular && (!node.IsName(tag::Platform) || index->AddNew({&console, &node}));
         }
         if (!is_regular) {
-            return std::nullopt;
+            return nullptr;
         }
     }
     return index;

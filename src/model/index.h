@@ -2,7 +2,6 @@
 // again. They answer what the walks of lookups.h and uniqueness.h would find.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -12,10 +11,13 @@
 
 class Index {
   public:
-    // Of all platforms and consoles of "map". None for an irregular map, in which a platform or
-    // console has no name, or two platforms or two consoles have the same: what is found then
-    // depends on the way of the walk.
-    static std::optional<Index> Of(const RVT_Node& map);
+    // Of all platforms and consoles of "map"; like that, it lives until the process ends. Null for
+    // an irregular map, in which a platform or console has no name, or two platforms or two
+    // consoles have the same: what is found then depends on the way of the walk.
+    static Index* Of(const RVT_Node& map);
+
+    Index(const Index&) = delete;
+    Index& operator=(const Index&) = delete;
 
     // Whether it looks at a property.
     static bool Holds(Property property) {
@@ -38,9 +40,6 @@ class Index {
     [[nodiscard]] int CountAddress(std::string_view address) const;
     // As GetCountOfConsolesWithAddress.
     [[nodiscard]] int CountPort(std::string_view address, std::string_view port) const;
-
-    Index(Index&&) = default;
-    Index& operator=(Index&&) = default;
 
   private:
     Index() = default;
@@ -71,7 +70,7 @@ class Index {
     // By name. Texts of the map live as long as the process.
     std::unordered_map<std::string_view, Place> platforms_;
     std::unordered_map<std::string_view, Place> consoles_;
-    std::unordered_map<std::string, int> names_;  // how many, by name in lower case
+    std::unordered_map<std::string, int> names_;  // how many, in lower case
     std::unordered_map<std::string_view, Site> sites_;
     std::unordered_map<Port, int, PortHash> ports_;
 };

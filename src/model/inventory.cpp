@@ -121,7 +121,7 @@ void Inventory::Settle() {
     }
     is_settled_ = true;
     shown_from_ = raws_.size();
-    if (index_ && !is_index_safe) {
+    if (index_ != nullptr && !is_index_safe) {
         index_ = Index::Of(*map);
     }
 }
@@ -129,12 +129,12 @@ void Inventory::Settle() {
 // Takes a removed node from the index, with what was inside it, and its name, so that no walk finds
 // it. Its parent keeps it, in the document a trace of it, until DropSettled.
 void Inventory::Forget(const Place& removed) {
-    if (index_ && removed.element->IsName(tag::Platform)) {
+    if (index_ != nullptr && removed.element->IsName(tag::Platform)) {
         for (RVT_Node& console : LiveElements(*removed.element, tag::Console)) {
             index_->Remove({&console, removed.element});
         }
     }
-    if (index_ && !removed.element->IsName(tag::Cache)) {
+    if (index_ != nullptr && !removed.element->IsName(tag::Cache)) {
         index_->Remove(removed);
     }
     removed.element->SetName("");
@@ -180,7 +180,8 @@ Outcome Inventory::NotFound(Outcome failure) const {
 }
 
 Result<RVT_Node*> Inventory::FindPlatform(std::string_view name) const {
-    RVT_Node* platform = index_ ? index_->FindPlatform(name) : ::FindPlatform(Map(), name);
+    RVT_Node* platform =
+        index_ != nullptr ? index_->FindPlatform(name) : ::FindPlatform(Map(), name);
     return platform != nullptr
                ? Result(platform)
                : NotFound(Failure(ExitCode::kLookupFailed, "Cannot find Platform \"%s\".",
@@ -208,7 +209,8 @@ static Result<Place> WalkToConsole(const RVT_Node& map, std::string_view name) {
 }
 
 Result<Place> Inventory::FindConsole(std::string_view name) const {
-    Result<Place> found = index_ ? index_->FindConsole(name) : WalkToConsole(Map(), name);
+    Result<Place> found =
+        index_ != nullptr ? index_->FindConsole(name) : WalkToConsole(Map(), name);
     if (found.ok() && found->element == nullptr) {
         return NotFound(Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
                                 std::string(name).c_str()));
@@ -234,7 +236,7 @@ static Result<RVT_Node*> WalkToPlatformWithCache(const RVT_Node& map, std::strin
 
 Result<RVT_Node*> Inventory::FindPlatformWithCache(std::string_view name) const {
     Result<RVT_Node*> platform =
-        index_ ? index_->FindPlatform(name) : WalkToPlatformWithCache(Map(), name);
+        index_ != nullptr ? index_->FindPlatform(name) : WalkToPlatformWithCache(Map(), name);
     if (!platform.ok() || (*platform != nullptr && FindCache(**platform) != nullptr)) {
         return platform;
     }
@@ -248,7 +250,7 @@ int Inventory::GetCountOfConsolesWithName(std::string_view name) const {
     if (FindSystemMap() == nullptr) {
         return Number(ExitCode::kIncompleteMap);
     }
-    return index_ ? index_->CountName(name) : ::GetCountOfConsolesWithName(Map(), name);
+    return index_ != nullptr ? index_->CountName(name) : ::GetCountOfConsolesWithName(Map(), name);
 }
 
 bool Inventory::IsDuplicateName(std::string_view name) const {
@@ -256,7 +258,7 @@ bool Inventory::IsDuplicateName(std::string_view name) const {
 }
 
 bool Inventory::IsDuplicateAddress(const RVT_Node* node, std::string_view address) const {
-    if (!index_) {
+    if (index_ == nullptr) {
         return ::IsDuplicateAddress(Map(), node, address);
     }
     const bool is_own = node != nullptr && GetPropertyValue(*node, Property::kAddress) == address;
@@ -265,8 +267,8 @@ bool Inventory::IsDuplicateAddress(const RVT_Node* node, std::string_view addres
 
 int Inventory::GetCountOfConsolesWithAddress(std::string_view address,
                                              std::string_view port) const {
-    return index_ ? index_->CountPort(address, port)
-                  : ::GetCountOfConsolesWithAddress(Map(), address, port);
+    return index_ != nullptr ? index_->CountPort(address, port)
+                             : ::GetCountOfConsolesWithAddress(Map(), address, port);
 }
 
 bool Inventory::IsDuplicatePortWithinAddress(std::string_view address,
@@ -279,7 +281,7 @@ void Inventory::Add(RVT_Node* platform, Owner owner, std::string_view id,
     RVT_Node& parent = platform != nullptr ? *platform : *FindSystemMap();
     RVT_Node& element = AddOwner(parent, owner, id, values);
     Touch(element);
-    if (index_) {
+    if (index_ != nullptr) {
         index_->Add({&element, platform});
     }
 }
@@ -300,7 +302,7 @@ void Inventory::SetValue(const Place& place, Property property, RVT_Node& attrib
 
 // "value" is kept for the whole run.
 void Inventory::Store(const StoredValue& stored, const char* value) {
-    const bool is_indexed = index_ && Index::Holds(stored.property);
+    const bool is_indexed = index_ != nullptr && Index::Holds(stored.property);
     if (is_indexed) {
         index_->Remove(stored.place);
     }

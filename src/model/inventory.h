@@ -110,7 +110,7 @@ class Inventory {
     RVT_XML_Tree tree_;
     ReferenceFiles files_;
     int commands_ = 0;
-    std::optional<Index> index_;
+    Index* index_ = nullptr;
     std::vector<StoredValue> stored_;  // of the present command
     // A value that reading makes another one of: that which the document does not hold at present.
     struct Raw {
