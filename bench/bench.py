@@ -23,6 +23,7 @@ import tempfile
 BUILD = os.path.abspath(sys.argv[1])
 PAIRS = int(sys.argv[2]) if len(sys.argv) > 2 else 15
 PROGRAM = os.path.join(BUILD, "tests", "tqsmgr-test")
+APPLY = [os.path.join(BUILD, "tests", "tqs-test"), "apply", "--no-notify", "web", "--no-notify", "kfxd"]
 BARE_PASS = [os.path.join(BUILD, "bench", "bare_pass"), "peer.xml"]
 MAP = "usr/opt/tqs/config/SystemMap.xml"
 QUIET = ["-nonotify", "web", "-nonotify", "kfxd"]
@@ -89,6 +90,56 @@ def growth(label, words, small, large, meaning, pairs=7):
     print(f"| {label} | {ratio:.1f} | | | {meaning} |", flush=True)
 
 
+def make_scripts(platforms):
+    """Change scripts of so many platforms of five consoles each, and the maps before and after."""
+    names = [f"p{i}" for i in range(platforms)]
+    consoles = [(f"{name}c{j}", name, j) for name in names for j in range(5)]
+    make_map(0, 0, name="none.xml")
+    steps = {
+        "add": [f"-add platform -name {name} -model M1 -addr 10.{i >> 16}.{i >> 8 & 255}.{i & 255} -port 7001"
+                for i, name in enumerate(names)] +
+               [f"-add system -name {name} -platform {platform} -port {2001 + j}"
+                for name, platform, j in consoles],
+        "update": [f"-update system -name {name} -port {3001 + j} -comment 'of {platform}'"
+                   for name, platform, j in consoles],
+        "remove": [f"-remove system -name {name}" for name, _, _ in consoles],
+    }
+    before = "none.xml"
+    for step, lines in steps.items():
+        with open(f"{step}-{platforms}", "w") as out:
+            out.writelines(f"tqsmgr {line}\n" for line in lines)
+        from_fresh_copies([*APPLY, f"{step}-{platforms}"], before)
+        after = f"{step}-{platforms}.xml"
+        shutil.copy(MAP, after)
+        yield step, [*APPLY, f"{step}-{platforms}"], before, after
+        before = "add-%d.xml" % platforms
+
+
+def bulk(pairs=PAIRS):
+    """Rows for scripts: against reading the map that they make, and against a tenth of them."""
+    small = {step: (argv, before) for step, argv, before, _ in make_scripts(1000)}
+    for step, argv, before, after in make_scripts(10000):
+        view = run("-view", "kfxconf")
+        after = "add-10000.xml" if step == "remove" else after
+        rows = [(from_fresh_copies(argv, before), from_fresh_copies(view, after),
+                 from_fresh_copies(*small[step])) for _ in range(pairs)]
+        time, memory = (statistics.median(row[0][i] / row[1][i] for row in rows) for i in (0, 1))
+        growth_of_time = statistics.median(row[0][0] / row[2][0] for row in rows)
+        label = f"tqs apply, {step} {60000 if step == 'add' else 50000}"
+        print(f"| {label} / -view kfxconf of that map | {time:.2f} | {memory:.2f} "
+              f"| {rows[0][0][1]:.0f} MiB | many changes as one |")
+        print(f"| {label} / a tenth of them | {growth_of_time:.1f} | | | {GROWTH} |", flush=True)
+    make_map(6, 16)
+    with open("thousand", "w") as out:
+        out.writelines(f"tqsmgr -nonotify web -nonotify kfxd -update system -name console-{1 + i % 6}-{i % 16} -comment {i}\n"
+                       for i in range(1000))
+    os.environ["PATH"] = os.getcwd() + os.pathsep + os.environ["PATH"]
+    os.symlink(PROGRAM, "tqsmgr")
+    ratio = statistics.median(from_fresh_copies(["sh", "thousand"])[0] /
+                              from_fresh_copies([*APPLY, "thousand"])[0] for _ in range(3))
+    print(f"| 100 consoles: 1,000 commands by sh / by tqs apply | {ratio:.0f} | | | what a run costs |")
+
+
 def prepare():
     for folder in ("config", "events", "logs"):
         os.makedirs(f"usr/opt/tqs/{folder}")
@@ -138,6 +189,7 @@ def main():
     growth("adding a platform: 50,000 / 5,000 consoles", [*QUIET, *add], (312, 16), (3125, 16), GROWTH)
     growth("-U: 16,000 / 2,000 platforms of 4 consoles", ["-U"], (2000, 4, "old"), (16000, 4, "old"),
            "in proportion: 8")
+    bulk()
     os.chdir(BUILD)
     shutil.rmtree(folder)
 
