@@ -33,12 +33,6 @@ static bool LacksProperty(const Element& item, const PropertyValues& before,
     });
 }
 
-// A value in a message.
-static std::string Shortened(std::string_view value) {
-    static constexpr size_t kMost = 60;
-    return value.size() > kMost ? Quoted(value.substr(0, kMost)) + "..." : Quoted(value);
-}
-
 Work::Work(const Comparison& comparison)
     : comparison_(comparison),
       kept_(comparison.before().size(), false),
