@@ -165,14 +165,18 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now) {
     return script;
 }
 
-Script ExportScript(const Inventory& now) {
+Inventory NewInventory() {
     RVT_Node* map = RVT_Node::Create(RVT_ELEMENT);
     map->SetName(tag::SystemMap);
     SetAttributes(
         *map, {{serial_tag, "1"}, {security_tag, switch_off}, {version_tag, systemmap_version}});
-    Inventory empty;
-    empty.Tree().AddChild(map);
-    return ScriptFromTo(empty, now);
+    Inventory inventory;
+    inventory.Tree().AddChild(map);
+    return inventory;
+}
+
+Script ExportScript(const Inventory& now) {
+    return ScriptFromTo(NewInventory(), now);
 }
 
 static void PutOption(std::string_view option, std::string_view value, Output& out) {

@@ -27,6 +27,9 @@ struct Script {
 // element must stand in the reference files.
 Script ScriptFromTo(const Inventory& before, const Inventory& now);
 
+// That of a new map, without platforms and consoles.
+Inventory NewInventory();
+
 // The script that makes the inventory of a new map, without platforms and consoles.
 Script ExportScript(const Inventory& now);
 
