@@ -255,8 +255,8 @@ Result<int> CheckMap(const std::string& map) {
 
 // Prints the commands, or says why there are none. "status" is that of a script with commands.
 static Result<int> Deliver(const Script& script, int status) {
-    for (const std::string& obstacle : script.obstacles) {
-        Complain("tqs: " + obstacle + "\n");
+    for (const Obstacle& obstacle : script.obstacles) {
+        Complain("tqs: " + obstacle.subject + ": " + obstacle.text + "\n");
     }
     if (!script.obstacles.empty()) {
         return Outcome(ExitCode::kIncompleteMap, "");

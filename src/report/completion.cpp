@@ -1,6 +1,7 @@
 #include "report/completion.h"
 
-#include <array>
+#include <algorithm>
+#include <map>
 #include <set>
 #include <unordered_map>
 
@@ -33,8 +34,8 @@ RVT_Node& CopyOfItself(const RVT_Node& node) {
     return copy;
 }
 
-// A value as a map would hold it, but a name, which is no other one for that. Spreadsheets write
-// switches in capitals.
+// A value as a map would hold it, where a command takes it: none takes a line break. Spreadsheets
+// write switches in capitals.
 std::string_view AsHeld(Property property, std::string_view value) {
     if (RowOf(property).kind == ValueKind::kSwitch) {
         for (const std::string_view text : {switch_on, switch_off}) {
@@ -43,18 +44,20 @@ std::string_view AsHeld(Property property, std::string_view value) {
             }
         }
     }
-    return property == kName || IsReadAsWritten(value) ? value : arena::Copy(ValueAsRead(value));
+    const bool is_kept = property == kName || IsReadAsWritten(value) ||
+                         value.find_first_of("\r\n") != std::string_view::npos;
+    return is_kept ? value : arena::Copy(ValueAsRead(value));
 }
 
 class Completion {
   public:
     Completion(InventoryFile& file, const Inventory& present)
         : file_(file),
-          map_(*present.FindSystemMap()),
+          map_(file.map != nullptr ? *file.map : *present.FindSystemMap()),
           elements_(ElementsOf(present)),
           planned_(elements_.size(), kNone) {
         for (size_t i = 0; i < elements_.size(); ++i) {
-            present_[IndexOf(elements_[i].owner)].try_emplace(elements_[i].name, i);
+            present_.try_emplace({elements_[i].owner, elements_[i].name}, i);
             if (elements_[i].owner == Owner::kConsole && elements_[i].platform == kNone) {
                 for (const RVT_Node& inside : LiveElements(*elements_[i].element, tag::Console)) {
                     inside_consoles_.insert(PropertyOrEmpty(inside, kName));
@@ -113,13 +116,10 @@ class Completion {
         size_t platform = kNone;  // the index of the item that it is inside of
         RVT_Node* made = nullptr;
     };
-    using ByName = std::unordered_map<std::string_view, size_t>;
+    using ByName = std::map<std::pair<Owner, std::string_view>, size_t>;
 
-    static size_t IndexOf(Owner owner) { return owner == Owner::kPlatform ? 0 : 1; }
-    [[nodiscard]] static size_t Find(const std::array<ByName, 2>& tables, Owner owner,
-                                     std::string_view name) {
-        const ByName& table = tables.at(IndexOf(owner));
-        const auto found = table.find(name);
+    static size_t Find(const ByName& table, Owner owner, std::string_view name) {
+        const auto found = table.find({owner, name});
         return found == table.end() ? kNone : found->second;
     }
 
@@ -132,10 +132,8 @@ class Completion {
         if (item.present != kNone) {
             planned_[item.present] = items_.size();
         }
-        const bool is_new =
-            named_.at(IndexOf(item.owner)).try_emplace(item.name, items_.size()).second;
         items_.push_back(item);
-        return is_new;
+        return named_.try_emplace({item.owner, item.name}, items_.size() - 1).second;
     }
 
     Outcome PlanRow(Row& row) {
@@ -163,53 +161,46 @@ class Completion {
     }
 
     // A row has empty fields where its kind has no such key.
-    Outcome CheckKeys(Row& row) {
-        const std::string kind(KindOf(*row.owner));
-        for (const Property property : ListedProperties()) {
-            if (row.values[property].empty() || Has(*row.owner, property)) {
-                continue;
-            }
-            return Wrong(row, "A " + kind + " has no " + std::string(RowOf(property).key) + ".");
-        }
-        return *row.owner == Owner::kPlatform && !row.platform.empty()
-                   ? Wrong(row, "A platform has no platform.")
-                   : Outcome();
-    }
-
-    Outcome FindPlatform(Item& item) {
-        const Element* present = item.present == kNone ? nullptr : &elements_[item.present];
-        if (item.owner == Owner::kPlatform) {
+    Outcome CheckKeys(const Row& row) {
+        const auto extra = std::ranges::find_if(ListedProperties(), [&row](Property property) {
+            return !row.values[property].empty() && !Has(*row.owner, property);
+        });
+        const bool is_inside = *row.owner == Owner::kPlatform && !row.platform.empty();
+        if (extra == ListedProperties().end() && !is_inside) {
             return {};
         }
+        const std::string_view key = is_inside ? "platform" : RowOf(*extra).key;
+        return Wrong(row,
+                     "A " + std::string(KindOf(*row.owner)) + " has no " + std::string(key) + '.');
+    }
+
+    // The platform that is named, or that of the element at present.
+    Outcome FindPlatform(Item& item) {
+        const size_t at_present = item.present == kNone ? kNone : elements_[item.present].platform;
+        std::string_view name;
         if (item.row != nullptr && item.row->platform.data() != nullptr) {
-            item.platform = Find(named_, Owner::kPlatform, item.row->platform);
-            return item.platform != kNone || item.row->platform.empty()
-                       ? Outcome()
-                       : Wrong(*item.row,
-                               "Its platform " + Shortened(item.row->platform) + " is not there.");
+            name = item.row->platform;
+            item.platform = name.empty() ? kNone : Find(named_, Owner::kPlatform, name);
+        } else if (at_present != kNone) {
+            name = elements_[at_present].name;
+            item.platform = planned_[at_present];
         }
-        if (present != nullptr && present->platform != kNone) {
-            item.platform = planned_[present->platform];
-            return item.platform != kNone
-                       ? Outcome()
-                       : Wrong(*item.row, "Its platform " +
-                                              Shortened(elements_[present->platform].name) +
-                                              " is not there.");
-        }
-        return {};
+        return item.platform != kNone || name.empty()
+                   ? Outcome()
+                   : Wrong(*item.row, "Its platform " + Shortened(name) + " is not there.");
     }
 
     void MakeItem(Item& item, RVT_Node& parent) {
-        if (item.present == kNone) {
+        const RVT_Node* said = item.row == nullptr ? nullptr : item.row->element;
+        if (said == nullptr && item.present == kNone) {
             item.made = &AddOwner(parent, item.owner, "", NewValues(item));
             return;
         }
-        const Element& present = elements_[item.present];
-        item.made = item.owner == Owner::kPlatform ? &CopyOfItself(*present.element)
-                                                   : present.element->Copy();
+        const RVT_Node& element = said != nullptr ? *said : *elements_[item.present].element;
+        item.made = item.owner == Owner::kPlatform ? &CopyOfItself(element) : element.Copy();
         parent.AddChild(item.made);
-        if (item.row != nullptr) {
-            ChangeValues(item, present);
+        if (item.row != nullptr && said == nullptr) {
+            ChangeValues(item, elements_[item.present]);
         }
     }
 
@@ -266,11 +257,11 @@ class Completion {
     InventoryFile& file_;
     const RVT_Node& map_;
     const Elements elements_;
-    std::array<ByName, 2> present_;  // of platforms and of consoles; of equal names the first
+    ByName present_;  // of equal names the first
     std::set<std::string_view> inside_consoles_;
     std::vector<Item> items_;
     std::vector<size_t> planned_;  // the items of "elements_"
-    std::array<ByName, 2> named_;  // items
+    ByName named_;                 // items
 };
 
 }  // namespace
@@ -279,6 +270,20 @@ Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool 
     Completion completion(file, present);
     Outcome outcome = completion.Plan(keep);
     return outcome.ok() ? Result(completion.Make()) : outcome;
+}
+
+InventoryFile FileOf(const Inventory& map, const std::string& name) {
+    InventoryFile file = {name, false, {}, std::nullopt, map.FindSystemMap()};
+    const Elements elements = ElementsOf(map);
+    for (const Element& element : elements) {
+        Row& row = file.rows.emplace_back();
+        row.number = file.rows.size();
+        row.owner = element.owner;
+        row.platform = element.platform == kNone ? "" : elements[element.platform].name;
+        row.values[kName] = element.name;
+        row.element = element.element;
+    }
+    return file;
 }
 
 static void AddPlaces(const NodeWalk& nodes, const std::string& around,

@@ -23,6 +23,10 @@
 // which kind they are of.
 Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep);
 
+// A map as a file that says all there is, for Completed to keep other elements with it. The map
+// must outlive it.
+InventoryFile FileOf(const Inventory& map, const std::string& name);
+
 // PlaceIn of the element of each start tag of the inventory that a file was completed to, in the
 // order of the document.
 std::vector<std::string> PlacesOfStartTags(const InventoryFile& file, const Inventory& completed);

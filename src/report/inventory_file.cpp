@@ -78,9 +78,9 @@ Outcome Take(const InventoryFile& file, Row& row, const Key& key, std::string_vi
 }
 
 // The keys that the first row of CSV names.
-static Result<std::vector<Key>> ReadHead(const CsvReader& reader, const InventoryFile& file) {
+static Outcome ReadHead(const CsvReader& reader, const InventoryFile& file,
+                        std::vector<Key>& keys) {
     const std::string place = file.name + ':' + std::to_string(reader.line());
-    std::vector<Key> keys;
     for (const std::string_view word : reader.fields()) {
         const std::optional<Key> key = FindKey(word);
         if (!key) {
@@ -92,11 +92,11 @@ static Result<std::vector<Key>> ReadHead(const CsvReader& reader, const Inventor
         keys.push_back(*key);
     }
     const bool has_name = std::ranges::find(keys, "name", &Key::word) != keys.end();
-    return has_name ? Result(std::move(keys)) : WrongAt(place, "The key \"name\" is missing.");
+    return has_name ? Outcome() : WrongAt(place, "The key \"name\" is missing.");
 }
 
 static Outcome ReadRow(const CsvReader& reader, const std::vector<Key>& keys, InventoryFile& file) {
-    Row& row = file.rows.emplace_back(Row{reader.line(), std::nullopt, {}, {}});
+    Row& row = file.rows.emplace_back(Row{.number = reader.line()});
     const std::vector<std::string_view>& fields = reader.fields();
     if (fields.size() != keys.size()) {
         return WrongAt(PlaceOf(file, row), "The row has " + std::to_string(fields.size()) +
@@ -111,24 +111,22 @@ static Outcome ReadRow(const CsvReader& reader, const std::vector<Key>& keys, In
     return {};
 }
 
-// CSV can hold no character in another way than as it is.
+// CSV can hold a character in no other way than as it is.
 static Outcome CheckCharacters(std::string_view text, const std::string& name) {
-    if (IsXmlText(text)) {
-        return {};
+    for (size_t number = 1; !text.empty(); ++number) {
+        std::string_view line = TakeLine(text);
+        if (IsXmlText(line)) {
+            continue;
+        }
+        bool is_utf8 = true;
+        while (!line.empty()) {
+            is_utf8 = TakeCharacter(line) >= 0 && is_utf8;
+        }
+        const std::string place = name + ':' + std::to_string(number);
+        return is_utf8 ? WrongAt(place, "A control character stands there that no map can hold.")
+                       : WrongAt(place, "That is no text in UTF-8.", ExitCode::kNotWellFormed);
     }
-    std::string_view rest = text;
-    std::string_view before = rest;
-    int code = 0;
-    do {
-        before = rest;
-        code = TakeCharacter(rest);
-    } while (IsXmlText(before.substr(0, before.size() - rest.size())));
-    const std::string line = std::to_string(LineAt(text, text.size() - before.size()));
-    return code < 0
-               ? WrongAt(name + ':' + line, "That is no text in UTF-8.", ExitCode::kNotWellFormed)
-               : WrongAt(name + ':' + line,
-                         "No map can hold the character " +
-                             Quoted(before.substr(0, before.size() - rest.size())) + '.');
+    return {};
 }
 
 Outcome ReadCsv(std::string_view text, InventoryFile& file) {
@@ -136,24 +134,17 @@ Outcome ReadCsv(std::string_view text, InventoryFile& file) {
         return outcome;
     }
     CsvReader reader(text);
-    Result<std::vector<Key>> keys = std::vector<Key>();
+    std::vector<Key> keys;
     for (;;) {
         const Result<bool> next = reader.Next();
         if (!next.ok()) {
             return WrongAt(file.name + ':' + std::to_string(reader.line()),
                            next.outcome().message(), next.outcome().code());
         }
-        if (!*next) {
-            return {};
-        }
-        Outcome outcome;
-        if (keys->empty()) {
-            keys = ReadHead(reader, file);
-            outcome = keys.outcome();
-        } else {
-            outcome = ReadRow(reader, *keys, file);
-        }
-        if (!outcome.ok()) {
+        Outcome outcome = !*next         ? Outcome()
+                          : keys.empty() ? ReadHead(reader, file, keys)
+                                         : ReadRow(reader, keys, file);
+        if (!*next || !outcome.ok()) {
             return outcome;
         }
     }

@@ -13,13 +13,15 @@
 
 #include "base/outcome.h"
 #include "model/properties.h"
+#include "xml/rvt_node.h"
 
 // What is said of one platform or console.
 struct Row {
-    size_t number;               // in CSV the line it begins in; in JSON which item it is, from 1
-    std::optional<Owner> owner;  // none: not said, until it has been found out
-    std::string_view platform;   // null where it is not said
-    PropertyValues values;       // those that are said
+    size_t number = 0;  // in CSV the line it begins in; in JSON which item it is, from 1
+    std::optional<Owner> owner = std::nullopt;  // none: not said, until it has been found out
+    std::string_view platform = {};             // null where it is not said
+    PropertyValues values = {};                 // those that are said
+    const RVT_Node* element = nullptr;          // of a map: says all there is
 };
 
 struct InventoryFile {
@@ -27,6 +29,7 @@ struct InventoryFile {
     bool is_csv;
     std::vector<Row> rows;
     std::optional<std::string_view> security;
+    const RVT_Node* map = nullptr;  // the root where it is a map
 };
 
 // Whether a text is, by how it begins, a map and no inventory in CSV or JSON: "<" comes first

@@ -45,7 +45,7 @@ class JsonReader : public nlohmann::json_sax<nlohmann::json> {
             return WrongType("an object");
         }
         if (in_ == In::kItems) {
-            file_.rows.push_back({file_.rows.size() + 1, std::nullopt, {}, {}});
+            file_.rows.push_back({.number = file_.rows.size() + 1});
             seen_.reset();
         }
         in_ = in_ == In::kItems ? In::kItem : In::kDocument;
