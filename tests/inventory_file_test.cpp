@@ -55,6 +55,13 @@ TEST(InventoryFile, NeedNotSayEverything) {
                   std::to_string(std::ranges::count(difference, '\n')) + "\n");
         EXPECT_EQ(tree.Shell("tqs diff new new").code, text.find("kind") == 0 ? 0 : 11);
     }
+    // What is inside a standalone console is listed like one.
+    EXPECT_EQ(tree.Shell("sed -i 's|^    </Console>|<Console><PropertyMap><Property name=\"Name\" "
+                         "value=\"in\"/></PropertyMap></Console>&|' " +
+                         kMap + "; for f in csv json; do tqs list --format $f | tqs diff " + kMap +
+                         " -; done; tqs list in --format names")
+                  .out,
+              "in\n");
 }
 
 // Places are those of "list --map": a line, or a name.
