@@ -100,7 +100,7 @@ TABLE
 # Each option against each action: the completion offers what the program accepts.
 mapfile -t words < <({
     sed -n 's/^ *{k[^"]*"[^"]*", *"\([a-z_]*\)".*/-\1/p' "$source_dir/src/model/properties.cpp"
-    grep -oE -- '-(newname|platform)\b' "$source_dir/src/frontend/parse_command.cpp"
+    grep -oE -- '-(newname|platform)\b' "$source_dir/src/commands/parse_command.cpp"
 } | sort -u)
 [ ${#words[@]} -ge 17 ] || fail "options: ${words[*]}"
 while [ -n "$program" ] && read -r action; do
