@@ -173,7 +173,14 @@ TEST(InventoryFile, RefusedCommandsLeadToTheirRows) {
             ReadInventoryFile("kind,name,platform,port,addr,comment\n" + rows, "f");
         const Result<Inventory> now = Completed(*file, present, true);
         ASSERT_TRUE(now.ok()) << now.outcome().message();
-        const Script script = ScriptFromTo(present, *now, Crowding::kRefused);
+        Script script = UntriedScript(present, *now, Crowding::kRefused);
+        Inventory copy;
+        copy.Tree() = present.Tree().Copy();
+        for (const Step& step : script.steps) {
+            if (const Outcome outcome = Execute(step.command, copy); !outcome.ok()) {
+                script.obstacles.push_back({step.subject, outcome.message(), outcome.code()});
+            }
+        }
         ASSERT_EQ(script.obstacles.empty(), code == 0) << rows;
         if (code != 0) {
             const Obstacle& first = script.obstacles.front();

@@ -66,6 +66,14 @@ static std::vector<Obstacle> WhyUnwritable(const std::vector<Step>& steps,
     return obstacles;
 }
 
+static std::vector<Obstacle> WhatDiffers(const Comparison& comparison) {
+    std::vector<Obstacle> obstacles;
+    for (const Difference& difference : comparison.Differences()) {
+        obstacles.push_back({"would still differ", TextOf(difference)});
+    }
+    return obstacles;
+}
+
 // Runs the steps on a copy of an inventory and says what keeps them from leading to "now".
 static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy,
                                  const Inventory& now) {
@@ -81,14 +89,10 @@ static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy
     if (!fits.ok() || !*fits) {
         return WhyUnwritable(steps, copy.Tree());
     }
-    std::vector<Obstacle> obstacles;
-    for (const Difference& difference : Comparison(copy, now).Differences()) {
-        obstacles.push_back({"would still differ", TextOf(difference)});
-    }
-    return obstacles;
+    return WhatDiffers(Comparison(copy, now));
 }
 
-Script ScriptFromTo(const Inventory& before, const Inventory& now, Crowding crowding) {
+Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding) {
     Script script;
     const Comparison comparison(before, now);
     if (comparison.IsEqual()) {
@@ -99,7 +103,15 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now, Crowding crow
         script.steps = InOrder(work, comparison, crowding);
     }
     script.obstacles = std::move(work.obstacles);
-    if (script.obstacles.empty()) {
+    if (script.steps.empty() && script.obstacles.empty()) {
+        script.obstacles = WhatDiffers(comparison);
+    }
+    return script;
+}
+
+Script ScriptFromTo(const Inventory& before, const Inventory& now) {
+    Script script = UntriedScript(before, now, Crowding::kAllowed);
+    if (!script.steps.empty()) {
         Inventory copy;
         copy.Tree() = before.Tree().Copy();
         script.obstacles = Try(script.steps, copy, now);

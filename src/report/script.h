@@ -24,8 +24,11 @@ struct Script {
 // The script has been run on a copy of "before", each command as if it were alone on what writing
 // and reading made of the map, and the result compared with "now". Values that are given to an
 // element must stand in the reference files.
-Script ScriptFromTo(const Inventory& before, const Inventory& now,
-                    Crowding crowding = Crowding::kAllowed);
+Script ScriptFromTo(const Inventory& before, const Inventory& now);
+
+// The same for who runs the script at once, and compares the result: nothing has been run yet, so a
+// step may be refused.
+Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding);
 
 // That of a new map, without platforms and consoles.
 Inventory NewInventory();
