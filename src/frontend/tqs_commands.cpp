@@ -14,6 +14,7 @@
 #include "base/files.h"
 #include "base/paths.h"
 #include "report/check.h"
+#include "report/completion.h"
 #include "report/difference.h"
 #include "report/script.h"
 #include "run/kfxconf_file.h"
@@ -21,39 +22,87 @@
 
 namespace {
 
-// A map that was read.
+// A map, or an inventory in CSV or JSON, that was read.
 struct Source {
-    std::string path;  // "-" for standard input
-    std::string text;  // of standard input
+    std::string path;                   // "-" for standard input
+    std::string text;                   // empty where the file can be read again
+    std::optional<InventoryFile> said;  // none: a map
     Inventory inventory;
 
     [[nodiscard]] std::string Name() const { return path == "-" ? "standard input" : path; }
 };
 
-Result<Source> ReadMap(const std::string& path) {
-    Source source{path, {}, {}};
-    if (path != "-" && !OpenForReading(path.c_str()).IsOpen()) {
-        const std::string why = strerror(errno);
-        return Outcome(ExitCode::kNotWellFormed, why).WithCause({path, why});
-    }
-    Result<bool> is_whole = true;
-    if (path == "-") {
-        // What comes before a read error is judged like any other text.
-        static_cast<void>(ReadToEnd(STDIN_FILENO, source.text));
-        is_whole =
-            ParseXMLText(source.text, source.Name(), source.inventory.Tree(), DocumentRules::kMap);
+// What can be read once only, and what is no map, is read whole.
+void ReadText(int fd, bool can_be_read_again, std::string& text) {
+    static constexpr size_t kBeginning = 4096;
+    text.resize(can_be_read_again ? kBeginning : 0);
+    text.resize(static_cast<size_t>(std::max<ssize_t>(ReadOnce(fd, text.data(), text.size()), 0)));
+    if (can_be_read_again && IsMap(text)) {
+        text.clear();
     } else {
-        is_whole = ParseXMLFile(path, source.inventory.Tree());
+        // What comes before a read error is judged like any other text.
+        static_cast<void>(ReadToEnd(fd, text));
     }
+}
+
+Outcome ReadDocument(Source& source) {
+    RVT_XML_Tree& tree = source.inventory.Tree();
+    const Result<bool> is_whole =
+        source.text.empty() && source.path != "-"
+            ? ParseXMLFile(source.path, tree)
+            : ParseXMLText(source.text, source.Name(), tree, DocumentRules::kMap);
     if (!is_whole.ok()) {
         Outcome outcome = is_whole.outcome();
         return outcome.cause()
-                   ? std::move(outcome)
+                   ? outcome
                    : std::move(outcome).WithCause({source.Name(), "elements are nested too deep"});
     }
-    const Result<RVT_Node*> map = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap);
-    return map.ok() ? Result(std::move(source))
-                    : Outcome(map.outcome()).WithCause({source.Name(), map.outcome().message()});
+    Outcome outcome = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap).outcome();
+    const std::string message = outcome.message();
+    return outcome.ok() ? outcome : std::move(outcome).WithCause({source.Name(), message});
+}
+
+// Reads a map, or what a file in CSV or JSON says; that one has no inventory yet.
+Result<Source> ReadSource(const std::string& path) {
+    Source source{path, {}, {}, {}};
+    const FileDescriptor file = path == "-" ? FileDescriptor() : OpenForReading(path.c_str());
+    if (path != "-" && !file.IsOpen()) {
+        return WrongAt(path, strerror(errno), ExitCode::kNotWellFormed);
+    }
+    const mode_t type = path == "-" ? 0 : TypeOf(file.get());
+    ReadText(path == "-" ? STDIN_FILENO : file.get(), type == S_IFREG || type == S_IFDIR,
+             source.text);
+    if (IsMap(source.text)) {
+        Outcome outcome = ReadDocument(source);
+        return outcome.ok() ? Result(std::move(source)) : outcome;
+    }
+    Result<InventoryFile> said = ReadInventoryFile(source.text, source.Name());
+    if (said.ok()) {
+        source.said = std::move(*said);
+    }
+    return said.ok() ? Result(std::move(source)) : said.outcome();
+}
+
+// Gives a file in CSV or JSON its inventory, with what it does not say from "present".
+Outcome Complete(Source& source, const Inventory& present) {
+    if (!source.said) {
+        return {};
+    }
+    Result<Inventory> completed = Completed(*source.said, present, false);
+    if (completed.ok()) {
+        source.inventory = std::move(*completed);
+    }
+    return completed.outcome();
+}
+
+// A map, or a file in CSV or JSON by itself.
+Result<Source> ReadMap(const std::string& path) {
+    Result<Source> source = ReadSource(path);
+    if (!source.ok()) {
+        return source;
+    }
+    Outcome outcome = Complete(*source, NewInventory());
+    return outcome.ok() ? std::move(source) : outcome;
 }
 
 size_t TerminalColumns() {
@@ -144,28 +193,39 @@ bool IsKfxConfRightByAndBy(const Inventory& inventory) {
     return is_right;
 }
 
-// The lines of start tags; none when the map can no longer be read.
-std::vector<size_t> LinesIn(const Source& source) {
+// Where the start tags stand: in their lines or, in JSON, with a name; none when the map can no
+// longer be read.
+std::vector<std::string> PlacesIn(const Source& source) {
+    if (source.said) {
+        return PlacesOfStartTags(*source.said, source.inventory);
+    }
     std::string text = source.text;
-    if (source.path != "-") {
+    if (text.empty() && source.path != "-") {
         const FileDescriptor file = OpenForReading(source.path.c_str());
         static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), text));
     }
     const Result<std::vector<size_t>> lines = LinesOfStartTags(text, source.Name());
-    return lines.ok() ? *lines : std::vector<size_t>();
+    std::vector<std::string> places;
+    for (const size_t line : lines.ok() ? *lines : std::vector<size_t>()) {
+        places.push_back(std::to_string(line));
+    }
+    return places;
 }
 
 // map.xml:214: error: console db2: port 2003 is in use at 10.1.1.5 by db1 (line 87)
 void PutFindings(const Source& source, const std::vector<Finding>& findings, Output& out) {
-    const std::vector<size_t> lines = findings.empty() ? std::vector<size_t>() : LinesIn(source);
-    const auto line_of = [&lines](size_t element) {
-        return element == 0 || element > lines.size() ? "?" : std::to_string(lines[element - 1]);
+    const std::vector<std::string> places =
+        findings.empty() ? std::vector<std::string>() : PlacesIn(source);
+    const auto place_of = [&places](size_t element) {
+        return element == 0 || element > places.size() ? "?" : places[element - 1];
     };
+    const bool has_lines = !source.said || source.said->is_csv;
     for (const Finding& finding : findings) {
-        out.Put(source.Name() + ":" + line_of(finding.element));
+        out.Put(source.Name() + ":" + place_of(finding.element));
         out.Put(finding.is_error ? ": error: " : ": warning: ");
         out.Put(finding.text);
-        out.Put(finding.earlier == 0 ? "\n" : " (line " + line_of(finding.earlier) + ")\n");
+        out.Put(finding.earlier == 0 || !has_lines ? "\n"
+                                                   : " (line " + place_of(finding.earlier) + ")\n");
     }
 }
 
@@ -176,7 +236,8 @@ Result<int> CheckMap(const std::string& map) {
     if (!source.ok()) {
         return source.outcome();
     }
-    std::vector<Finding> findings = Check(source->inventory);
+    std::vector<Finding> findings =
+        Check(source->inventory, source->said ? Says::kSome : Says::kAll);
     if (map != "-" && IsSameFile(map, paths::kSystemMap) &&
         !IsKfxConfRightByAndBy(source->inventory)) {
         findings.insert(findings.begin(),
@@ -193,8 +254,8 @@ Result<int> CheckMap(const std::string& map) {
 
 // Prints the commands, or says why there are none. "status" is that of a script with commands.
 static Result<int> Deliver(const Script& script, int status) {
-    for (const std::string& obstacle : script.obstacles) {
-        Complain("tqs: " + obstacle + "\n");
+    for (const Obstacle& obstacle : script.obstacles) {
+        Complain("tqs: " + obstacle.subject + ": " + obstacle.text + "\n");
     }
     if (!script.obstacles.empty()) {
         return Outcome(ExitCode::kIncompleteMap, "");
@@ -205,17 +266,29 @@ static Result<int> Deliver(const Script& script, int status) {
     return outcome.ok() ? Result(script.steps.empty() ? 0 : status) : outcome;
 }
 
+// Gives two sources their inventories; where both are files, each says what the other does not.
+static Outcome CompleteBoth(Source& one, Source& other) {
+    Outcome outcome = one.said ? Complete(other, NewInventory()) : Outcome();
+    if (outcome.ok()) {
+        outcome = Complete(one, other.inventory);
+    }
+    return outcome.ok() ? Complete(other, one.inventory) : outcome;
+}
+
 Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm form) {
     if (before == "-" && now == "-") {
         return Outcome(ExitCode::kInvalidArgument, "Only one of two maps can be standard input.");
     }
-    const Result<Source> one = ReadMap(before);
+    Result<Source> one = ReadSource(before);
     if (!one.ok()) {
         return one.outcome();
     }
-    const Result<Source> other = ReadMap(now);
+    Result<Source> other = ReadSource(now);
     if (!other.ok()) {
         return other.outcome();
+    }
+    if (Outcome outcome = CompleteBoth(*one, *other); !outcome.ok()) {
+        return outcome;
     }
     if (form == DiffForm::kCommands) {
         return Deliver(ScriptFromTo(one->inventory, other->inventory), 1);

@@ -89,7 +89,8 @@ Result<int> RunList(const ListWords& words) {
     return listing.ok() ? ListItems(words.map, std::move(*listing)) : listing.outcome();
 }
 
-constexpr const char* kMapHelp = "A map, \"-\" for standard input; without it the product's map";
+constexpr const char* kMapHelp =
+    "A map, or an inventory in CSV or JSON; \"-\" for standard input; without it the product's map";
 
 void AddList(CLI::App& app, ListWords& words) {
     CLI::App* list = app.add_subcommand("list", "Look platforms and consoles up");
@@ -128,7 +129,8 @@ struct DiffWords {
 
 void AddDiff(CLI::App& app, DiffWords& words) {
     CLI::App* diff = app.add_subcommand("diff", "Compare two inventories");
-    diff->add_option("OLD", words.before, "A map, or \"-\" for standard input")
+    diff->add_option("OLD", words.before,
+                     "A map, or an inventory in CSV or JSON; \"-\" for standard input")
         ->type_name("")
         ->required();
     diff->add_option("NEW", words.now, "Another")->type_name("")->required();

@@ -47,7 +47,7 @@ struct User {
 
 class Checker {
   public:
-    explicit Checker(const RVT_Node& map) : map_(map) {}
+    Checker(const RVT_Node& map, Says says) : map_(map), says_(says) {}
 
     void Run() {
         CheckMap();
@@ -115,7 +115,9 @@ class Checker {
     }
 
     void CheckElement(const Subject& subject) {
-        CheckID(subject);
+        if (says_ == Says::kAll) {
+            CheckID(subject);
+        }
         if (subject.property_map == nullptr) {
             Error(subject.element, subject.Name() + ": no property map");
             return;
@@ -156,8 +158,10 @@ class Checker {
 
     void CheckValue(const Subject& subject, Property property) {
         if (!subject.values.Has(property)) {
-            Error(TagOf(subject, property),
-                  subject.Name() + ": " + PropertyMissing(subject.element, property).message());
+            if (says_ == Says::kAll) {
+                Error(TagOf(subject, property),
+                      subject.Name() + ": " + PropertyMissing(subject.element, property).message());
+            }
             return;
         }
         const std::string_view value = subject.values[property];
@@ -317,6 +321,7 @@ class Checker {
     }
 
     const RVT_Node& map_;
+    Says says_;
     long serial_ = 0;  // 0 when the map has none
     ReferenceFiles files_;
     std::map<std::pair<ValueKind, Owner>, std::unordered_map<std::string_view, Outcome>> verdicts_;
@@ -356,8 +361,8 @@ class Numbering {
 
 }  // namespace
 
-std::vector<Finding> Check(Inventory& inventory) {
-    Checker checker(*inventory.FindSystemMap());
+std::vector<Finding> Check(Inventory& inventory, Says says) {
+    Checker checker(*inventory.FindSystemMap(), says);
     checker.Run();
     std::vector<Finding> findings;
     if (checker.notes.empty()) {

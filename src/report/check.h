@@ -14,5 +14,8 @@ struct Finding {
     size_t earlier = 0;  // the start tag that "text" tells of, likewise; 0 for none
 };
 
+// What a map can say. An inventory file has no identifiers, and may leave properties out.
+enum class Says { kAll, kSome };
+
 // What is wrong with the map, in the order of the document.
-std::vector<Finding> Check(Inventory& inventory);
+std::vector<Finding> Check(Inventory& inventory, Says says = Says::kAll);

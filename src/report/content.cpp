@@ -40,8 +40,12 @@ std::string_view KindOf(Owner owner) {
     return owner == Owner::kPlatform ? "platform" : "console";
 }
 
+std::string Label(Owner owner, std::string_view name) {
+    return std::string(KindOf(owner)) + ' ' + Quoted(name);
+}
+
 std::string Label(const Element& item) {
-    return std::string(KindOf(item.owner)) + ' ' + Quoted(item.name);
+    return Label(item.owner, item.name);
 }
 
 // Of the properties that an element can have, the first of a name is no oddity.
@@ -285,4 +289,9 @@ std::string Quoted(std::string_view text) {
         quoted += escape.empty() ? before.substr(0, before.size() - text.size()) : escape;
     }
     return quoted + '"';
+}
+
+std::string Shortened(std::string_view text) {
+    static constexpr size_t kMost = 60;
+    return text.size() > kMost ? Quoted(text.substr(0, kMost)) + "..." : Quoted(text);
 }

@@ -29,6 +29,7 @@ Elements ElementsOf(const Inventory& inventory);
 
 // "platform" or "console", and the same with the element's quoted name: platform "lab1".
 std::string_view KindOf(Owner owner);
+std::string Label(Owner owner, std::string_view name);
 std::string Label(const Element& item);
 
 // An element, attribute or property that no command makes: what it is, and what it holds.
@@ -67,3 +68,5 @@ std::string XmlText(const RVT_Node& node);
 // "text" in double quotes on one line: a quote and a backslash have a backslash before them,
 // control characters and line separators are \t, \n, \r or \u001b.
 std::string Quoted(std::string_view text);
+// The same of its beginning, for a message.
+std::string Shortened(std::string_view text);

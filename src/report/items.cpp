@@ -26,6 +26,11 @@ std::optional<Key> FindKey(std::string_view word) {
     return key == keys.end() ? std::nullopt : std::optional(*key);
 }
 
+bool IsSwitch(const Key& key) {
+    return key.of == Key::Of::kCache ||
+           (key.of == Key::Of::kProperty && RowOf(key.property).kind == ValueKind::kSwitch);
+}
+
 static Item ItemOf(const RVT_Node& element) {
     const Owner owner = element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
     const RVT_Node* id = FindAttribute(element, ID_tag);

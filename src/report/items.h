@@ -34,6 +34,9 @@ std::vector<Key> Keys();
 // Nothing for an unknown word.
 std::optional<Key> FindKey(std::string_view word);
 
+// Whether its values are switches, or the cache.
+bool IsSwitch(const Key& key);
+
 // In the order of the map; consoles follow the element that they are inside of.
 std::vector<Item> ItemsOf(const RVT_Node& map);
 

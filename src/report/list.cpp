@@ -100,11 +100,6 @@ static void PutCsvLines(const std::vector<Item>& items, std::span<const Key> fie
     }
 }
 
-static bool IsSwitch(const Key& key) {
-    return key.of == Key::Of::kCache ||
-           (key.of == Key::Of::kProperty && RowOf(key.property).kind == ValueKind::kSwitch);
-}
-
 static void PutJson(std::string_view value, bool is_switch, Output& out) {
     const bool is_boolean = is_switch && (value == switch_on || value == switch_off);
     out.Put(is_boolean ? value : nlohmann::json(value).dump());

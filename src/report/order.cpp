@@ -1,6 +1,7 @@
 #include "report/order.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "report/crowd.h"
 #include "report/places.h"
@@ -153,10 +154,13 @@ void Append(std::vector<Step>& steps, std::vector<Step> more) {
 
 }  // namespace
 
-std::vector<Step> InOrder(Work& work, const Comparison& comparison) {
+std::vector<Step> InOrder(Work& work, const Comparison& comparison, Crowding crowding) {
     FreshValues fresh(comparison);
     Places places(work, comparison);
-    Crowd crowd(work, comparison, fresh);
+    std::optional<Crowd> crowd;
+    if (crowding == Crowding::kAllowed) {
+        crowd.emplace(work, comparison, fresh);
+    }
     places.Index();
     Turns turns(work, comparison, places, fresh);
     for (size_t now = 0; now < comparison.now().size(); ++now) {
@@ -168,6 +172,8 @@ std::vector<Step> InOrder(Work& work, const Comparison& comparison) {
     AddSecurity(comparison, steps);
     Append(steps, std::move(work.removals));
     Append(steps, std::move(turns.steps()));
-    Append(steps, crowd.LastSteps());
+    if (crowd) {
+        Append(steps, crowd->LastSteps());
+    }
     return steps;
 }

@@ -7,4 +7,4 @@
 // that still hold the name, address or port that it gives; where they wait for each other, an
 // element takes a name, an address or a port in between that neither inventory has. The units are
 // used up.
-std::vector<Step> InOrder(Work& work, const Comparison& comparison);
+std::vector<Step> InOrder(Work& work, const Comparison& comparison, Crowding crowding);

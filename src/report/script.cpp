@@ -21,51 +21,62 @@ static std::string OnOneLine(std::string text) {
 }
 
 // What the commands give that no reference file lists; if that is not it, what one was refused for.
-static std::vector<std::string> WhyRefused(const std::vector<Step>& steps, const Step& refused,
-                                           const Outcome& outcome) {
+static std::vector<Obstacle> WhyRefused(const std::vector<Step>& steps, const Step& refused,
+                                        const Outcome& outcome) {
     ReferenceFiles files;
-    std::set<std::string> told;
-    std::vector<std::string> obstacles;
+    std::set<std::pair<std::string, std::string>> told;
+    std::vector<Obstacle> obstacles;
     for (const Step& step : steps) {
         const Owner owner = RowOf(step.command.action).owner;
         for (const NameValue& setting : step.command.settings) {
             const Outcome form = CheckForm(owner, setting.property, setting.value, files);
             if (!form.ok()) {
-                const std::string line = step.subject + ": " +
-                                         std::string(RowOf(setting.property).key) + ' ' +
+                const std::string text = std::string(RowOf(setting.property).key) + ' ' +
                                          Quoted(setting.value) + ": " + OnOneLine(form.message());
-                obstacles.insert(obstacles.end(), told.insert(line).second ? 1 : 0, line);
+                obstacles.insert(obstacles.end(), told.emplace(step.subject, text).second ? 1 : 0,
+                                 Obstacle{step.subject, text, form.code()});
             }
         }
     }
     if (obstacles.empty()) {
-        obstacles.push_back(refused.subject + ": " + OnOneLine(outcome.message()));
+        obstacles.push_back({refused.subject, OnOneLine(outcome.message()), outcome.code()});
     }
     return obstacles;
 }
 
 // Whom the map cannot be written for, in the encoding of "tree": a value can hold what the encoding
 // lacks, a comment or a name in a cache cannot.
-static std::vector<std::string> WhyUnwritable(const std::vector<Step>& steps,
-                                              const RVT_XML_Tree& tree) {
+static std::vector<Obstacle> WhyUnwritable(const std::vector<Step>& steps,
+                                           const RVT_XML_Tree& tree) {
     const std::string encoding = EncodingOf(tree);
-    std::vector<std::string> obstacles;
+    std::vector<Obstacle> obstacles;
     for (const Step& step : steps) {
         std::string converted;
         if (!step.document.empty() && !ConvertDocument(step.document, encoding, converted)) {
-            obstacles.push_back(step.subject + ": " + Quoted(encoding) +
-                                ", the encoding of the map, lacks what its cache holds");
+            obstacles.push_back(
+                {step.subject,
+                 Quoted(encoding) + ", the encoding of the map, lacks what its cache holds",
+                 ExitCode::kWriteFailed});
         }
     }
     if (obstacles.empty()) {
-        obstacles.push_back("map: cannot be written in its encoding " + Quoted(encoding));
+        obstacles.push_back({"map", "cannot be written in its encoding " + Quoted(encoding),
+                             ExitCode::kWriteFailed});
+    }
+    return obstacles;
+}
+
+static std::vector<Obstacle> WhatDiffers(const Comparison& comparison) {
+    std::vector<Obstacle> obstacles;
+    for (const Difference& difference : comparison.Differences()) {
+        obstacles.push_back({"would still differ", TextOf(difference)});
     }
     return obstacles;
 }
 
 // Runs the steps on a copy of an inventory and says what keeps them from leading to "now".
-static std::vector<std::string> Try(const std::vector<Step>& steps, Inventory& copy,
-                                    const Inventory& now) {
+static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy,
+                                 const Inventory& now) {
     Sequence sequence(copy, paths::kSystemMap);
     for (const Step& step : steps) {
         if (const Outcome outcome = sequence.Do(step.command, step.document, "cache");
@@ -78,14 +89,10 @@ static std::vector<std::string> Try(const std::vector<Step>& steps, Inventory& c
     if (!fits.ok() || !*fits) {
         return WhyUnwritable(steps, copy.Tree());
     }
-    std::vector<std::string> obstacles;
-    for (const Difference& difference : Comparison(copy, now).Differences()) {
-        obstacles.push_back("would still differ: " + TextOf(difference));
-    }
-    return obstacles;
+    return WhatDiffers(Comparison(copy, now));
 }
 
-Script ScriptFromTo(const Inventory& before, const Inventory& now) {
+Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding) {
     Script script;
     const Comparison comparison(before, now);
     if (comparison.IsEqual()) {
@@ -93,10 +100,18 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now) {
     }
     Work work(comparison);
     if (work.obstacles.empty()) {
-        script.steps = InOrder(work, comparison);
+        script.steps = InOrder(work, comparison, crowding);
     }
     script.obstacles = std::move(work.obstacles);
-    if (script.obstacles.empty()) {
+    if (script.steps.empty() && script.obstacles.empty()) {
+        script.obstacles = WhatDiffers(comparison);
+    }
+    return script;
+}
+
+Script ScriptFromTo(const Inventory& before, const Inventory& now) {
+    Script script = UntriedScript(before, now, Crowding::kAllowed);
+    if (!script.steps.empty()) {
         Inventory copy;
         copy.Tree() = before.Tree().Copy();
         script.obstacles = Try(script.steps, copy, now);
@@ -107,14 +122,18 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now) {
     return script;
 }
 
-Script ExportScript(const Inventory& now) {
+Inventory NewInventory() {
     RVT_Node* map = RVT_Node::Create(RVT_ELEMENT);
     map->SetName(tag::SystemMap);
     SetAttributes(
         *map, {{serial_tag, "1"}, {security_tag, switch_off}, {version_tag, systemmap_version}});
-    Inventory empty;
-    empty.Tree().AddChild(map);
-    return ScriptFromTo(empty, now);
+    Inventory inventory;
+    inventory.Tree().AddChild(map);
+    return inventory;
+}
+
+Script ExportScript(const Inventory& now) {
+    return ScriptFromTo(NewInventory(), now);
 }
 
 static void PutOption(std::string_view option, std::string_view value, Output& out) {

@@ -17,15 +17,21 @@ struct Script {
     // Run in their order on the one inventory they give it the content of the other; none when it
     // has that already.
     std::vector<Step> steps;
-    // What no command can make, what would be lost, or which command is refused: a line each,
-    // without the program's name. If there are any, there are no steps.
-    std::vector<std::string> obstacles;
+    // If there are any, there are no steps.
+    std::vector<Obstacle> obstacles;
 };
 
 // The script has been run on a copy of "before", each command as if it were alone on what writing
 // and reading made of the map, and the result compared with "now". Values that are given to an
 // element must stand in the reference files.
 Script ScriptFromTo(const Inventory& before, const Inventory& now);
+
+// The same for who runs the script at once, and compares the result: nothing has been run yet, so a
+// step may be refused.
+Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding);
+
+// That of a new map, without platforms and consoles.
+Inventory NewInventory();
 
 // The script that makes the inventory of a new map, without platforms and consoles.
 Script ExportScript(const Inventory& now);

@@ -33,12 +33,6 @@ static bool LacksProperty(const Element& item, const PropertyValues& before,
     });
 }
 
-// A value in a message.
-static std::string Shortened(std::string_view value) {
-    static constexpr size_t kMost = 60;
-    return value.size() > kMost ? Quoted(value.substr(0, kMost)) + "..." : Quoted(value);
-}
-
 Work::Work(const Comparison& comparison)
     : comparison_(comparison),
       kept_(comparison.before().size(), false),
@@ -50,8 +44,9 @@ Work::Work(const Comparison& comparison)
     PlanRemovals();
 }
 
-void Work::Obstruct(const std::string& subject, std::string_view text) {
-    obstacles.push_back((subject + ": ").append(text));
+void Work::Obstruct(const std::string& subject, std::string text, ExitCode code) {
+    std::ranges::replace(text, '\n', ' ');
+    obstacles.push_back({subject, std::move(text), code});
 }
 
 void Work::JudgeMap() {
@@ -73,24 +68,25 @@ void Work::JudgeMap() {
 }
 
 // A value that a command is to set. Reference files are looked at when it runs.
-void Work::Judge(const Element& item, Property property, std::string_view value) {
+void Work::Judge(const Element& item, Property property, std::string_view value, bool is_new) {
     const ValueKind kind = RowOf(property).kind;
     const bool must_be_given = !RowOf(property).initial;
-    const auto obstruct = [&](std::string_view why) {
+    const Outcome form = kind == ValueKind::kName || kind == ValueKind::kAddress ||
+                                 kind == ValueKind::kPort || kind == ValueKind::kTsPort
+                             ? CheckForm(item.owner, property, value, files_)
+                             : Outcome();
+    const auto obstruct = [&](std::string_view why, ExitCode code = ExitCode::kInvalidArgument) {
         Obstruct(Label(item),
-                 (std::string(RowOf(property).key) + ' ' + Shortened(value)).append(why));
+                 (std::string(RowOf(property).key) + ' ' + Shortened(value)).append(why), code);
     };
     if (!IsXmlText(value)) {
         obstruct(" holds a control character");
     } else if (kind == ValueKind::kSwitch && value != switch_on && value != switch_off) {
         obstruct(" is no switch");
     } else if (must_be_given && value.empty()) {
-        obstruct(" is empty");
-    } else if (kind == ValueKind::kName || kind == ValueKind::kAddress ||
-               kind == ValueKind::kPort || kind == ValueKind::kTsPort) {
-        if (const Outcome form = CheckForm(item.owner, property, value, files_); !form.ok()) {
-            Obstruct(Label(item), form.message());
-        }
+        obstruct(" is empty", is_new || form.ok() ? ExitCode::kInvalidArgument : form.code());
+    } else if (!form.ok()) {
+        Obstruct(Label(item), form.message(), form.code());
     }
 }
 
@@ -98,7 +94,8 @@ void Work::Judge(const Element& item, Property property, std::string_view value)
 void Work::JudgeTexts(const Element& item, const RVT_Node& node) {
     for (const RVT_Node& attribute : Attributes(node)) {
         if (!IsReadAsWritten(attribute.GetValue())) {
-            Obstruct(Label(item), Shortened(attribute.GetValue()) + " would not be kept as it is");
+            Obstruct(Label(item), Shortened(attribute.GetValue()) + " would not be kept as it is",
+                     ExitCode::kInvalidArgument);
         }
     }
     for (const RVT_Node& child : Children(node)) {
@@ -166,12 +163,13 @@ void Work::PlanAddition(const Element& item, const Content& content) {
     for (const Property property : PropertiesOf(item.owner)) {
         const std::string_view value = content.values[property];
         if (content.values.Has(property)) {
-            Judge(item, property, value);
+            Judge(item, property, value, true);
             if (IsToBeTold(property, content.values)) {
                 command.settings.push_back({property, std::string(value)});
             }
         } else if (IsNeeded(item, property)) {
-            Obstruct(Label(item), "no command leaves out " + std::string(RowOf(property).key));
+            Obstruct(Label(item), "no command leaves out " + std::string(RowOf(property).key),
+                     ExitCode::kInvalidArgument);
         }
     }
     TakeOddities(item, {}, content.oddities);
@@ -190,7 +188,7 @@ void Work::PlanUpdate(size_t before, size_t now) {
         if (old_content.values.Has(property) && !new_content.values.Has(property)) {
             Obstruct(Label(item), "no command takes away " + std::string(RowOf(property).key));
         } else if (value != old_content.values[property]) {
-            Judge(item, property, value);
+            Judge(item, property, value, false);
             settings.push_back({property, std::string(value)});
         }
     }

@@ -16,6 +16,17 @@ struct Step {
     std::string document;  // what -update cache reads
 };
 
+// Whether a port may come to be in use twice at a platform, by the one way that commands leave.
+enum class Crowding { kAllowed, kRefused };
+
+// Why no commands lead from one inventory to another: what none can make, what would be lost, or
+// which one is refused.
+struct Obstacle {
+    std::string subject;                       // as of a step
+    std::string text;                          // on one line
+    ExitCode code = ExitCode::kIncompleteMap;  // of the command that would be refused
+};
+
 // The command that brings a platform or console from what it was to what it shall be.
 struct Unit {
     size_t before = kNone;  // none: it is added
@@ -35,8 +46,8 @@ class Work {
     // In the order of the inventory as it shall be, but those that Need made behind them.
     std::vector<Unit> units;
     std::vector<Step> removals;
-    // What no command can make, or what would be lost, a line each.
-    std::vector<std::string> obstacles;
+    // What no command can make, or what would be lost.
+    std::vector<Obstacle> obstacles;
 
     // Whether an element of the inventory as it was is kept.
     [[nodiscard]] bool IsKept(size_t before) const { return kept_[before]; }
@@ -49,7 +60,7 @@ class Work {
     void Set(Unit& unit, Property property) const;
 
   private:
-    void Judge(const Element& item, Property property, std::string_view value);
+    void Judge(const Element& item, Property property, std::string_view value, bool is_new);
     void JudgeMap();
     void JudgeTexts(const Element& item, const RVT_Node& node);
     [[nodiscard]] bool CanBeKept(size_t before, size_t now) const;
@@ -59,7 +70,8 @@ class Work {
     void TakeOddities(const Element& item, const std::vector<Oddity>& before,
                       const std::vector<Oddity>& now);
     void PlanRemovals();
-    void Obstruct(const std::string& subject, std::string_view text);
+    void Obstruct(const std::string& subject, std::string text,
+                  ExitCode code = ExitCode::kIncompleteMap);
 
     const Comparison& comparison_;
     ReferenceFiles files_;

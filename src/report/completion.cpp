@@ -1,0 +1,313 @@
+#include "report/completion.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+#include <unordered_map>
+
+#include "base/arena.h"
+#include "base/text.h"
+#include "commands/console.h"
+#include "model/lookups.h"
+#include "model/vocabulary.h"
+#include "report/content.h"
+#include "xml/rvt_xml_writer.h"
+#include "xml/walk.h"
+
+using enum Property;
+
+namespace {
+
+// A map, or a platform, without the platforms and consoles in it.
+RVT_Node& CopyOfItself(const RVT_Node& node) {
+    RVT_Node& copy = *RVT_Node::Create(RVT_ELEMENT);
+    copy.SetName(node.GetName());
+    for (const RVT_Node& attribute : Attributes(node)) {
+        SetAttributes(copy, {{attribute.GetName(), attribute.GetValue()}});
+    }
+    for (const RVT_Node& child : Children(node)) {
+        const bool is_platform = child.IsName(tag::Platform) && node.IsName(tag::SystemMap);
+        if (!child.IsType(RVT_DELETED) && !is_platform && !child.IsName(tag::Console)) {
+            copy.AddChild(child.Copy());
+        }
+    }
+    return copy;
+}
+
+// A value as a map would hold it, where a command takes it: none takes a line break. Spreadsheets
+// write switches in capitals.
+std::string_view AsHeld(Property property, std::string_view value) {
+    if (RowOf(property).kind == ValueKind::kSwitch) {
+        for (const std::string_view text : {switch_on, switch_off}) {
+            if (EqualsIgnoringCase(value, text)) {
+                return text;
+            }
+        }
+    }
+    const bool is_kept = property == kName || IsReadAsWritten(value) ||
+                         value.find_first_of("\r\n") != std::string_view::npos;
+    return is_kept ? value : arena::Copy(ValueAsRead(value));
+}
+
+class Completion {
+  public:
+    Completion(InventoryFile& file, const Inventory& present)
+        : file_(file),
+          map_(file.map != nullptr ? *file.map : *present.FindSystemMap()),
+          elements_(ElementsOf(present)),
+          planned_(elements_.size(), kNone) {
+        for (size_t i = 0; i < elements_.size(); ++i) {
+            present_.try_emplace({elements_[i].owner, elements_[i].name}, i);
+            if (elements_[i].owner == Owner::kConsole && elements_[i].platform == kNone) {
+                for (const RVT_Node& inside : LiveElements(*elements_[i].element, tag::Console)) {
+                    inside_consoles_.insert(PropertyOrEmpty(inside, kName));
+                }
+            }
+        }
+    }
+
+    // What shall be there, before any of it is made.
+    Outcome Plan(bool keep) {
+        for (Row& row : file_.rows) {
+            if (Outcome outcome = PlanRow(row); !outcome.ok()) {
+                return outcome;
+            }
+        }
+        for (size_t i = 0; keep && i < elements_.size(); ++i) {
+            if (planned_[i] == kNone) {
+                Add({nullptr, elements_[i].owner, elements_[i].name, i});
+            }
+        }
+        for (Item& item : items_) {
+            if (Outcome outcome = FindPlatform(item); !outcome.ok()) {
+                return outcome;
+            }
+        }
+        return {};
+    }
+
+    Inventory Make() {
+        Inventory inventory;
+        RVT_Node& map = CopyOfItself(map_);
+        inventory.Tree().AddChild(&map);
+        if (RVT_Node* security = FindAttribute(map, security_tag); !file_.security) {
+        } else if (security != nullptr) {
+            security->SetValue(*file_.security);
+        } else {
+            SetAttributes(map, {{security_tag, *file_.security}});
+        }
+        for (const bool is_inside : {false, true}) {
+            for (Item& item : items_) {
+                if ((item.platform != kNone) == is_inside) {
+                    MakeItem(item, is_inside ? *items_[item.platform].made : map);
+                }
+            }
+        }
+        return inventory;
+    }
+
+  private:
+    // A platform or console of the inventory to be made.
+    struct Item {
+        const Row* row;  // null for one that is kept
+        Owner owner;
+        std::string_view name;
+        size_t present;           // the index of what it is at present, or kNone
+        size_t platform = kNone;  // the index of the item that it is inside of
+        RVT_Node* made = nullptr;
+    };
+    using ByName = std::map<std::pair<Owner, std::string_view>, size_t>;
+
+    static size_t Find(const ByName& table, Owner owner, std::string_view name) {
+        const auto found = table.find({owner, name});
+        return found == table.end() ? kNone : found->second;
+    }
+
+    [[nodiscard]] Outcome Wrong(const Row& row, const std::string& text) const {
+        return WrongAt(PlaceOf(file_, row), text);
+    }
+
+    // False when there is one of its kind and name already.
+    bool Add(const Item& item) {
+        if (item.present != kNone) {
+            planned_[item.present] = items_.size();
+        }
+        items_.push_back(item);
+        return named_.try_emplace({item.owner, item.name}, items_.size() - 1).second;
+    }
+
+    Outcome PlanRow(Row& row) {
+        const std::string_view name = row.values[kName];
+        if (name.empty()) {
+            return Wrong(row, "The name is missing.");
+        }
+        if (!row.owner) {
+            const bool is_platform = Find(present_, Owner::kPlatform, name) != kNone;
+            const bool is_console = Find(present_, Owner::kConsole, name) != kNone;
+            if (is_platform == is_console) {
+                return Wrong(row, "The kind of " + Shortened(name) + " is missing.");
+            }
+            row.owner = is_platform ? Owner::kPlatform : Owner::kConsole;
+        }
+        if (Outcome outcome = CheckKeys(row); !outcome.ok()) {
+            return outcome;
+        }
+        const size_t present = Find(present_, *row.owner, name);
+        const bool is_inside_console = present == kNone && *row.owner == Owner::kConsole &&
+                                       row.platform.empty() && inside_consoles_.contains(name);
+        return is_inside_console || Add({&row, *row.owner, name, present})
+                   ? Outcome()
+                   : Wrong(row, Label(*row.owner, name) + " stands there twice.");
+    }
+
+    // A row has empty fields where its kind has no such key.
+    Outcome CheckKeys(const Row& row) {
+        const auto extra = std::ranges::find_if(ListedProperties(), [&row](Property property) {
+            return !row.values[property].empty() && !Has(*row.owner, property);
+        });
+        const bool is_inside = *row.owner == Owner::kPlatform && !row.platform.empty();
+        if (extra == ListedProperties().end() && !is_inside) {
+            return {};
+        }
+        const std::string_view key = is_inside ? "platform" : RowOf(*extra).key;
+        return Wrong(row,
+                     "A " + std::string(KindOf(*row.owner)) + " has no " + std::string(key) + '.');
+    }
+
+    // The platform that is named, or that of the element at present.
+    Outcome FindPlatform(Item& item) {
+        const size_t at_present = item.present == kNone ? kNone : elements_[item.present].platform;
+        std::string_view name;
+        if (item.row != nullptr && item.row->platform.data() != nullptr) {
+            name = item.row->platform;
+            item.platform = name.empty() ? kNone : Find(named_, Owner::kPlatform, name);
+        } else if (at_present != kNone) {
+            name = elements_[at_present].name;
+            item.platform = planned_[at_present];
+        }
+        return item.platform != kNone || name.empty()
+                   ? Outcome()
+                   : Wrong(*item.row, "Its platform " + Shortened(name) + " is not there.");
+    }
+
+    void MakeItem(Item& item, RVT_Node& parent) {
+        const RVT_Node* said = item.row == nullptr ? nullptr : item.row->element;
+        if (said == nullptr && item.present == kNone) {
+            item.made = &AddOwner(parent, item.owner, "", NewValues(item));
+            return;
+        }
+        const RVT_Node& element = said != nullptr ? *said : *elements_[item.present].element;
+        item.made = item.owner == Owner::kPlatform ? &CopyOfItself(element) : element.Copy();
+        parent.AddChild(item.made);
+        if (item.row != nullptr && said == nullptr) {
+            ChangeValues(item, elements_[item.present]);
+        }
+    }
+
+    // A console inside a platform has its address when it is made.
+    [[nodiscard]] PropertyValues NewValues(const Item& item) const {
+        PropertyValues values;
+        for (const Property property : PropertiesOf(item.owner)) {
+            values[property] = item.row->values.Has(property)
+                                   ? AsHeld(property, item.row->values[property])
+                                   : RowOf(property).initial.value_or(std::string_view());
+        }
+        if (item.platform != kNone) {
+            const RVT_Node& platform = *items_[item.platform].made;
+            values[kAddress] = GetPropertyValue(platform, kAddress).value_or(std::string_view());
+        }
+        // An element that is not logged has no events unless they are asked for.
+        if (!item.row->values.Has(kEvents) && values[kLogging] == switch_off) {
+            values[kEvents] = switch_off;
+        }
+        return values;
+    }
+
+    void ChangeValues(const Item& item, const Element& present) {
+        const PropertyValues held = GetPropertyValues(*present.element, item.owner);
+        PropertyValues said = item.row->values;
+        if (item.platform != kNone) {
+            said[kAddress] = {};
+        } else if (present.platform != kNone && !said.Has(kAddress)) {
+            said[kAddress] = PropertyOrEmpty(*elements_[present.platform].element, kAddress);
+        }
+        for (const Property property : PropertiesOf(item.owner)) {
+            // Nothing is taken for empty.
+            if (said.Has(property) && said[property] != held[property]) {
+                Change(*item.made, property, AsHeld(property, said[property]));
+            }
+        }
+        if (item.owner == Owner::kConsole && said.Has(kPort) && said[kPort] != held[kPort]) {
+            // One whose identifier cannot follow its port keeps it.
+            static_cast<void>(
+                HandleConsolePortChange(*item.made, std::string(held[kPort]), said[kPort]));
+        }
+    }
+
+    static void Change(const RVT_Node& element, Property property, std::string_view value) {
+        RVT_Node* map = FindPropertyMap(element);
+        RVT_Node* attribute = FindPropertyValue(element, property);
+        if (attribute != nullptr) {
+            attribute->SetValue(value);
+        } else if (map != nullptr) {
+            AddProperty(*map, property, value);
+        }
+    }
+
+    InventoryFile& file_;
+    const RVT_Node& map_;
+    const Elements elements_;
+    ByName present_;  // of equal names the first
+    std::set<std::string_view> inside_consoles_;
+    std::vector<Item> items_;
+    std::vector<size_t> planned_;  // the items of "elements_"
+    ByName named_;                 // items
+};
+
+}  // namespace
+
+Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep) {
+    Completion completion(file, present);
+    Outcome outcome = completion.Plan(keep);
+    return outcome.ok() ? Result(completion.Make()) : outcome;
+}
+
+InventoryFile FileOf(const Inventory& map, const std::string& name) {
+    InventoryFile file = {name, false, {}, std::nullopt, map.FindSystemMap()};
+    const Elements elements = ElementsOf(map);
+    for (const Element& element : elements) {
+        Row& row = file.rows.emplace_back();
+        row.number = file.rows.size();
+        row.owner = element.owner;
+        row.platform = element.platform == kNone ? "" : elements[element.platform].name;
+        row.values[kName] = element.name;
+        row.element = element.element;
+    }
+    return file;
+}
+
+static void AddPlaces(const NodeWalk& nodes, const std::string& around,
+                      const std::unordered_map<std::string, std::string>& places_of,
+                      std::vector<std::string>& places) {
+    for (const RVT_Node& node : nodes) {
+        const Owner owner = node.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
+        const auto found = node.IsName(tag::Platform) || node.IsName(tag::Console)
+                               ? places_of.find(Label(owner, PropertyOrEmpty(node, kName)))
+                               : places_of.end();
+        const std::string& place = found == places_of.end() ? around : found->second;
+        if (node.IsType(RVT_ELEMENT)) {
+            places.push_back(place);
+            AddPlaces(Children(node), place, places_of, places);
+        }
+    }
+}
+
+std::vector<std::string> PlacesOfStartTags(const InventoryFile& file, const Inventory& completed) {
+    std::unordered_map<std::string, std::string> places_of;
+    for (const Row& row : file.rows) {
+        places_of.emplace(Label(*row.owner, row.values[kName]), PlaceIn(file, row));
+    }
+    std::vector<std::string> places;
+    AddPlaces(Children(completed.Tree()), file.is_csv ? "1" : "security", places_of, places);
+    return places;
+}

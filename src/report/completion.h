@@ -1,0 +1,32 @@
+// What an inventory file leaves open, taken from another inventory.
+#pragma once
+
+#include "model/inventory.h"
+#include "report/inventory_file.h"
+
+// The inventory that a file asks for where "present" is the one that there is:
+//
+//   - An element that "present" has, of that kind and name, is as it is there but for what is said
+//     of it. Values are as a map would hold them; a switch may stand there in capitals. An empty
+//     field is no value where the element has no such property.
+//   - A new one has the initial values of what is not said, and no identifier. A console without a
+//     platform is as it was, or standalone. Where the kind is not said, the name must be that of
+//     one element of "present".
+//   - Elements of "present" that are not named are left out, or with "keep" are as they are there.
+//     Rows for consoles that "present" has inside a standalone console are passed over: they go
+//     with that one.
+//   - What belongs to no element is as in "present", but for the security switch where it is said.
+//
+// Elements are in the order of the file, then in that of "present". "present" must have a root.
+// kInvalidArgument with the place of a row that lacks its name or kind, bears the name of an
+// earlier one, has a value that its kind has not, or whose platform is not there. Notes in the rows
+// which kind they are of.
+Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep);
+
+// A map as a file that says all there is, for Completed to keep other elements with it. The map
+// must outlive it.
+InventoryFile FileOf(const Inventory& map, const std::string& name);
+
+// PlaceIn of the element of each start tag of the inventory that a file was completed to, in the
+// order of the document.
+std::vector<std::string> PlacesOfStartTags(const InventoryFile& file, const Inventory& completed);
