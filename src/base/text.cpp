@@ -66,6 +66,17 @@ static void AppendCharacter(char32_t code, std::string& utf8) {
     }
 }
 
+std::string Printable(std::string_view text) {
+    std::string printable;
+    while (!text.empty()) {
+        const std::string_view before = text;
+        const int code = TakeCharacter(text);
+        const bool is_control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+        printable += is_control ? "?" : before.substr(0, before.size() - text.size());
+    }
+    return printable;
+}
+
 void AppendUtf8(std::u16string_view text, std::string& utf8) {
     for (size_t i = 0; i < text.size(); ++i) {
         const char32_t unit = text[i];

@@ -25,6 +25,9 @@ inline std::string_view TakeLine(std::string_view& text) {
     return line;
 }
 
+// "text" with a "?" for each control character and each byte that is not UTF-8.
+std::string Printable(std::string_view text);
+
 // Appends the UTF-8 form of "text"; a surrogate without its partner becomes U+FFFD.
 void AppendUtf8(std::u16string_view text, std::string& utf8);
 std::string ToUtf8(const char16_t* text);

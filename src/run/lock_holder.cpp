@@ -2,21 +2,26 @@
 
 #include <fcntl.h>
 #include <pwd.h>
+#include <signal.h>
 #include <time.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 
 #include "base/calls.h"
 #include "base/files.h"
 #include "base/paths.h"
+#include "base/text.h"
 
 // The process id in the lock file; empty where there is none.
 static std::string ProcessId(int lock) {
     std::array<char, 16> number{};
     const ssize_t size = ReadOnce(lock, number.data(), number.size());
     const std::string_view text(number.data(), static_cast<size_t>(std::max<ssize_t>(size, 0)));
-    const bool is_number = text.find_first_not_of("0123456789") == std::string_view::npos;
+    static constexpr size_t kMostDigits = 9;
+    const bool is_number = text.size() <= kMostDigits &&
+                           text.find_first_not_of("0123456789") == std::string_view::npos;
     return std::string(is_number ? text : "");
 }
 
@@ -26,12 +31,14 @@ static std::string CommandOf(const std::string& process) {
     std::string command;
     const FileDescriptor file = OpenForReading((process + "/cmdline").c_str());
     static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), command));
-    command.resize(std::min(command.find_last_not_of('\0') + 1, kMost));
-    for (char& c : command) {
-        const bool is_control = (c >= 0 && c < ' ') || c == '\x7F';
-        c = c == '\0' ? ' ' : is_control ? '?' : c;
+    command.resize(command.find_last_not_of('\0') + 1);
+    std::ranges::replace(command, '\0', ' ');
+    // No part of a character.
+    size_t cut = std::min(command.size(), kMost);
+    while (cut < command.size() && cut > 0 && IsContinuationByte(command[cut])) {
+        --cut;
     }
-    return command;
+    return Printable(command.substr(0, cut));
 }
 
 static std::string UserOf(const struct stat& status) {
@@ -48,7 +55,7 @@ std::string DescribeHolder() {
         const std::string process = "/proc/" + number;
         text += " by process " + number;
         if (calls::Stat(process.c_str(), &status) != 0) {
-            text += calls::Stat("/proc/self", &status) == 0 ? ", which is gone" : "";
+            text += kill(std::stoi(number), 0) != 0 && errno == ESRCH ? ", which is gone" : "";
         } else {
             const std::string command = CommandOf(process);
             text += command.empty() ? "" : " (" + command + ")";
