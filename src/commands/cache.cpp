@@ -1,5 +1,7 @@
 #include "commands/cache.h"
 
+#include <utility>
+
 #include "base/output.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
@@ -30,13 +32,14 @@ static Result<RVT_Node*> FindCacheElement(const RVT_XML_Tree& document) {
 
 // Reads the cache back as it would stand in the map, which fails where that is impossible: a
 // local name twice in one element, names and characters that XML 1.0 forbids, too deep a
-// nesting.
-static Outcome CheckIsReadable(const RVT_Node& cache) {
+// nesting. The map's version of XML says which.
+static Outcome CheckIsReadable(const RVT_Node& cache, bool is_xml_11) {
     static constexpr size_t kDepthInMap = 8;
     std::string text;
     Output out(text);
+    out.Put(is_xml_11 ? "<?xml version=\"1.1\"?>" : "");
     out.Put("<SystemMap><Platform>\n");
-    XmlPrinter printer(out, false);
+    XmlPrinter printer(out, is_xml_11);
     printer.PrintNodes(cache, kDepthInMap);
     out.Put("</Platform></SystemMap>\n");
     static_cast<void>(out.Flush());
@@ -53,7 +56,8 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
     if (!platform.ok()) {
         return platform.outcome();
     }
-    if (Outcome outcome = CheckIsReadable(**cache); !outcome.ok()) {
+    if (Outcome outcome = CheckIsReadable(**cache, IsXml11(std::as_const(inventory).Tree()));
+        !outcome.ok()) {
         return outcome;
     }
     if (RVT_Node* old = FindCache(**platform); old != nullptr) {

@@ -208,7 +208,7 @@ std::string EncodingOf(const RVT_XML_Tree& tree) {
     return Declared(tree, "encoding");
 }
 
-static bool IsXml11(const RVT_XML_Tree& tree) {
+bool IsXml11(const RVT_XML_Tree& tree) {
     return Declared(tree, "version") == "1.1";
 }
 

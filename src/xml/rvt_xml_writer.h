@@ -39,6 +39,9 @@ Outcome WriteXMLFile(const std::string& path, const RVT_XML_Tree& tree,
 // The encoding that a tree's XML declaration names; empty for none.
 std::string EncodingOf(const RVT_XML_Tree& tree);
 
+// Whether a tree's XML declaration names version 1.1.
+bool IsXml11(const RVT_XML_Tree& tree);
+
 // Whether a tree can be written in its encoding. Fails as WriteXMLFile does for text that cannot be
 // read back.
 Result<bool> FitsItsEncoding(const RVT_XML_Tree& tree);
