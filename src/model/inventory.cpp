@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <set>
 #include <span>
 #include <string>
@@ -26,12 +27,18 @@ void Inventory::BeginCommand() {
     if (is_to_settle_) {
         Settle();
     }
+    if (settled_ >= next_drop_) {
+        DropSettled();
+    }
     touched_.clear();
     new_cache_ = nullptr;
     // A single command is served best by walks.
     static constexpr int kFirstIndexed = 2;
     const RVT_Node* map = FindSystemMap();
-    if (++commands_ == kFirstIndexed && map != nullptr) {
+    ++commands_;
+    // A map that is irregular may be mended by and by.
+    if (index_ == nullptr && map != nullptr && commands_ >= kFirstIndexed &&
+        std::has_single_bit(static_cast<unsigned>(commands_))) {
         index_ = Index::Of(*map);
     }
 }
@@ -78,17 +85,20 @@ void Inventory::Touch(RVT_Node& node) {
     }
 }
 
-// Of a platform neither what is inside it nor its cache.
-void Inventory::SettleBelow(RVT_Node& node, bool is_platform) {
+void Inventory::SettleValues(RVT_Node& node) {
     for (RVT_Node& attribute : Attributes(node)) {
         if (!IsReadAsWritten(attribute.GetValue())) {
             raws_.push_back({&attribute, attribute.GetValue()});
             attribute.SetValue(ValueAsRead(attribute.GetValue()));
         }
     }
-    for (RVT_Node& child : Children(node)) {
-        if (!is_platform || (!child.IsName(tag::Console) && !child.IsName(tag::Cache))) {
-            SettleBelow(child, false);
+}
+
+void Inventory::SettleBelow(RVT_Node& node) {
+    if (node.IsType(RVT_ELEMENT)) {
+        SettleValues(node);
+        for (RVT_Node& child : Children(node)) {
+            SettleBelow(child);
         }
     }
 }
@@ -113,10 +123,14 @@ void Inventory::Settle() {
     }
     const bool is_index_safe = IsIndexSafe();
     if (!is_settled_) {
-        SettleBelow(*map, false);
-    } else {
-        for (RVT_Node* node : touched_) {
-            SettleBelow(*node, node->IsName(tag::Platform));
+        SettleBelow(*map);
+    }
+    for (RVT_Node* node : touched_) {
+        // A platform's consoles and cache are touched by themselves.
+        RVT_Node* properties = node->IsName(tag::Platform) ? FindPropertyMap(*node) : node;
+        SettleValues(*node);
+        if (properties != nullptr) {
+            SettleBelow(*properties);
         }
     }
     is_settled_ = true;
@@ -147,11 +161,14 @@ void Inventory::DropSettled() {
         parents.insert(platform != nullptr ? platform : FindSystemMap());
         gone.insert(element);
     }
+    size_t walked = 0;
     for (RVT_Node* parent : parents) {
-        ShareOutChildren(*parent, [&gone, parent](const RVT_Node& child) {
+        ShareOutChildren(*parent, [&gone, &walked, parent](const RVT_Node& child) {
+            ++walked;
             return gone.contains(&child) ? nullptr : parent;
         });
     }
+    next_drop_ = std::max<size_t>(walked / 4, 16);
     removed_.erase(removed_.begin(), removed_.begin() + static_cast<ptrdiff_t>(settled_));
     forgotten_ -= settled_;
     settled_ = 0;

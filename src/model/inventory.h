@@ -104,7 +104,8 @@ class Inventory {
     void Touch(RVT_Node& node);
     [[nodiscard]] bool IsIndexSafe() const;
     void Settle();
-    void SettleBelow(RVT_Node& node, bool is_platform);
+    void SettleValues(RVT_Node& node);
+    void SettleBelow(RVT_Node& node);
     void Show(size_t from);
 
     RVT_XML_Tree tree_;
@@ -131,5 +132,6 @@ class Inventory {
     // removed.
     std::vector<Place> removed_;
     size_t settled_ = 0;
+    size_t next_drop_ = 16;  // so many settled ones are worth a walk
     size_t forgotten_ = 0;
 };
