@@ -103,6 +103,10 @@ bool TransactionLog::IsWithinLimit() const {
 Outcome TransactionLog::Reserve() {
     text_.reserve(text_.size() + kLargestEnding);
     ending_.reserve(kLargestEnding);
+    // Another run may have moved the log since it was opened.
+    if (is_begun_ && !IsSameFile(file_.fd.get(), paths::kLog)) {
+        static_cast<void>(OpenLog());
+    }
     const auto size = static_cast<off_t>(text_.size() + kLargestEnding);
     if (!is_begun_ || (IsWithinLimit() && ReserveBehindEnd(file_.fd.get(), size))) {
         return {};
