@@ -46,7 +46,8 @@ struct Command {
     std::string security;    // "true" or "false"
     std::string config_file;
     std::string config_argument;          // the variable to get, or "variable=value" to set
-    std::string map = paths::kSystemMap;  // or the path given by -f
+    std::string map = paths::kSystemMap;  // or the path given by -f,
+    bool names_map = false;               // which it was
     bool notify_web = true;
     bool notify_kfxd = true;
 };

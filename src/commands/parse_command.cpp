@@ -67,6 +67,7 @@ class Parser {
 
     bool TakeTopLevelWord(std::string_view word) {
         if (word == "-f") {
+            command_.names_map = true;
             return Take(command_.map);
         }
         if (word == "-nonotify") {

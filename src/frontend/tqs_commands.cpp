@@ -13,6 +13,7 @@
 #include "base/complaints.h"
 #include "base/files.h"
 #include "base/paths.h"
+#include "frontend/source.h"
 #include "report/check.h"
 #include "report/completion.h"
 #include "report/difference.h"
@@ -21,89 +22,6 @@
 #include "xml/rvt_xml_parser.h"
 
 namespace {
-
-// A map, or an inventory in CSV or JSON, that was read.
-struct Source {
-    std::string path;                   // "-" for standard input
-    std::string text;                   // empty where the file can be read again
-    std::optional<InventoryFile> said;  // none: a map
-    Inventory inventory;
-
-    [[nodiscard]] std::string Name() const { return path == "-" ? "standard input" : path; }
-};
-
-// What can be read once only, and what is no map, is read whole.
-void ReadText(int fd, bool can_be_read_again, std::string& text) {
-    static constexpr size_t kBeginning = 4096;
-    text.resize(can_be_read_again ? kBeginning : 0);
-    text.resize(static_cast<size_t>(std::max<ssize_t>(ReadOnce(fd, text.data(), text.size()), 0)));
-    if (can_be_read_again && IsMap(text)) {
-        text.clear();
-    } else {
-        // What comes before a read error is judged like any other text.
-        static_cast<void>(ReadToEnd(fd, text));
-    }
-}
-
-Outcome ReadDocument(Source& source) {
-    RVT_XML_Tree& tree = source.inventory.Tree();
-    const Result<bool> is_whole =
-        source.text.empty() && source.path != "-"
-            ? ParseXMLFile(source.path, tree)
-            : ParseXMLText(source.text, source.Name(), tree, DocumentRules::kMap);
-    if (!is_whole.ok()) {
-        Outcome outcome = is_whole.outcome();
-        return outcome.cause()
-                   ? outcome
-                   : std::move(outcome).WithCause({source.Name(), "elements are nested too deep"});
-    }
-    Outcome outcome = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap).outcome();
-    const std::string message = outcome.message();
-    return outcome.ok() ? outcome : std::move(outcome).WithCause({source.Name(), message});
-}
-
-// Reads a map, or what a file in CSV or JSON says; that one has no inventory yet.
-Result<Source> ReadSource(const std::string& path) {
-    Source source{path, {}, {}, {}};
-    const FileDescriptor file = path == "-" ? FileDescriptor() : OpenForReading(path.c_str());
-    if (path != "-" && !file.IsOpen()) {
-        return WrongAt(path, strerror(errno), ExitCode::kNotWellFormed);
-    }
-    const mode_t type = path == "-" ? 0 : TypeOf(file.get());
-    ReadText(path == "-" ? STDIN_FILENO : file.get(), type == S_IFREG || type == S_IFDIR,
-             source.text);
-    if (IsMap(source.text)) {
-        Outcome outcome = ReadDocument(source);
-        return outcome.ok() ? Result(std::move(source)) : outcome;
-    }
-    Result<InventoryFile> said = ReadInventoryFile(source.text, source.Name());
-    if (said.ok()) {
-        source.said = std::move(*said);
-    }
-    return said.ok() ? Result(std::move(source)) : said.outcome();
-}
-
-// Gives a file in CSV or JSON its inventory, with what it does not say from "present".
-Outcome Complete(Source& source, const Inventory& present) {
-    if (!source.said) {
-        return {};
-    }
-    Result<Inventory> completed = Completed(*source.said, present, false);
-    if (completed.ok()) {
-        source.inventory = std::move(*completed);
-    }
-    return completed.outcome();
-}
-
-// A map, or a file in CSV or JSON by itself.
-Result<Source> ReadMap(const std::string& path) {
-    Result<Source> source = ReadSource(path);
-    if (!source.ok()) {
-        return source;
-    }
-    Outcome outcome = Complete(*source, NewInventory());
-    return outcome.ok() ? std::move(source) : outcome;
-}
 
 size_t TerminalColumns() {
     struct winsize size {};

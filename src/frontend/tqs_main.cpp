@@ -1,5 +1,6 @@
 // tqs: the words of its command line, and what is left to say. Options are CLI11's.
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <new>
 #include <string>
 
@@ -7,7 +8,7 @@
 #include "base/files.h"
 #include "base/paths.h"
 #include "base/process.h"
-#include "frontend/tqs_apply.h"
+#include "frontend/tqs_change.h"
 #include "frontend/tqs_commands.h"
 
 namespace {
@@ -150,43 +151,73 @@ Result<int> RunDiff(const DiffWords& words) {
     return DiffMaps(words.before, words.now, form);
 }
 
-// What the words of "apply" stand for.
-struct ApplyWords {
-    std::string script;
+// What the words of "apply" and "sync" stand for.
+struct ChangeWords {
+    std::string source;
     ScriptOptions options;
-    unsigned wait = 0;
+    bool keep = false;
+    std::optional<std::string> wait;
     std::vector<std::string> silenced;
 };
 
-void AddApply(CLI::App& app, ApplyWords& words) {
-    CLI::App* apply = app.add_subcommand("apply", "Make many changes as one, or none of them");
-    apply->add_option("SCRIPT", words.script, "Commands of tqsmgr, or \"-\" for standard input")
-        ->type_name("")
-        ->required();
-    apply->add_flag("--dry-run", words.options.is_trial, "Only print what would differ");
-    apply->add_flag("--keep-going", words.options.keeps_going, "Pass over what is refused");
-    apply
+CLI::App* AddChange(CLI::App& app, ChangeWords& words, const char* name, const char* help) {
+    CLI::App* change = app.add_subcommand(name, help);
+    change->add_flag("--dry-run", words.options.is_trial, "Only print what would differ");
+    change
         ->add_option("--wait", words.wait,
                      "Wait so long for the lock, instead of as long as it takes")
         ->type_name("SECONDS");
-    apply->add_option("--no-notify", words.silenced, "Do not notify them")
+    change->add_option("--no-notify", words.silenced, "Do not notify them")
         ->type_name("web|kfxd...")
         ->allow_extra_args(false);
-    apply->add_option("--map", words.options.map, "Another map than the product's")
+    change->add_option("--map", words.options.map, "Another map than the product's")
         ->type_name("MAP");
+    return change;
 }
 
-Result<int> RunApply(ApplyWords& words, bool waits) {
+void AddApply(CLI::App& app, ChangeWords& words) {
+    CLI::App* apply = AddChange(app, words, "apply", "Make many changes as one, or none of them");
+    apply->add_option("SCRIPT", words.source, "Commands of tqsmgr, or \"-\" for standard input")
+        ->type_name("")
+        ->required();
+    apply->add_flag("--keep-going", words.options.keeps_going, "Pass over what is refused");
+}
+
+void AddSync(CLI::App& app, ChangeWords& words) {
+    CLI::App* sync = AddChange(app, words, "sync", "Make the map what an inventory says");
+    sync->add_option("INVENTORY", words.source, "CSV, JSON or a map, or \"-\" for standard input")
+        ->type_name("")
+        ->required();
+    sync->add_flag("--keep", words.keep, "Leave what the inventory does not name");
+}
+
+Outcome TakeOptions(ChangeWords& words) {
     for (const std::string& name : words.silenced) {
         if (name != "web" && name != "kfxd") {
             return UnknownWord("notification", name, {"web", "kfxd"});
         }
         (name == "web" ? words.options.notifies_web : words.options.notifies_kfxd) = false;
     }
-    if (waits) {
-        words.options.wait = words.wait;
+    if (words.wait) {
+        unsigned seconds = 0;
+        const char* end = words.wait->data() + words.wait->size();
+        const auto [stop, error] = std::from_chars(words.wait->data(), end, seconds);
+        if (error != std::errc() || stop != end) {
+            return Invalid("--wait: \"" + *words.wait + "\" is no number of seconds.");
+        }
+        words.options.wait = seconds;
     }
-    return ApplyScript(words.script, words.options);
+    return {};
+}
+
+Result<int> RunApply(ChangeWords& words) {
+    Outcome outcome = TakeOptions(words);
+    return outcome.ok() ? ApplyScript(words.source, words.options) : outcome;
+}
+
+Result<int> RunSync(ChangeWords& words) {
+    Outcome outcome = TakeOptions(words);
+    return outcome.ok() ? SyncInventory(words.source, words.keep, words.options) : outcome;
 }
 
 // The words that could have been meant by one that is not known.
@@ -259,8 +290,10 @@ Result<int> Obey(int argc, char** argv) {
     app.add_subcommand("export", "Print the commands that make the inventory of an empty one")
         ->add_option("MAP", exported, kMapHelp)
         ->type_name("");
-    ApplyWords applied;
+    ChangeWords applied;
     AddApply(app, applied);
+    ChangeWords synced;
+    AddSync(app, synced);
     for (CLI::App* command : app.get_subcommands({})) {
         command->set_help_flag("--help", "Print this help and exit");
     }
@@ -280,7 +313,10 @@ Result<int> Obey(int argc, char** argv) {
         return RunDiff(diff);
     }
     if (app.got_subcommand("apply")) {
-        return RunApply(applied, app.get_subcommand("apply")->count("--wait") > 0);
+        return RunApply(applied);
+    }
+    if (app.got_subcommand("sync")) {
+        return RunSync(synced);
     }
     return app.got_subcommand("check") ? CheckMap(checked) : ExportMap(exported);
 }

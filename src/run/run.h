@@ -15,6 +15,7 @@
 //     run.EndScript(outcome);
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -44,6 +45,8 @@ struct ScriptOptions {
     std::optional<unsigned> wait = {};  // for the lock, in seconds; none: as long as it takes
     bool keeps_going = false;           // passes over what is refused
     bool is_trial = false;              // takes no lock and writes nothing
+    // Asked when all commands have run, before anything is written.
+    std::function<Outcome(const Inventory&)> last_check = {};
     bool notifies_web = true;
     bool notifies_kfxd = true;
 };
@@ -71,7 +74,7 @@ class Run {
 
     // Opens the log, for a run that its entry of comments calls "title". Fails as
     // TransactionLog::Open.
-    Outcome BeginScript(std::string title);
+    Outcome BeginScript(std::string_view title);
 
     // Refuses words that are none of a command line, which takes no lock. Fails as ParseCommand,
     // unless the run keeps going.
@@ -91,9 +94,9 @@ class Run {
     // Commands that were refused, in their order.
     [[nodiscard]] const std::vector<Refusal>& Refusals() const { return refusals_; }
 
-    // Ends the run, whatever happened: records a change that did not take place, and releases the
-    // lock.
-    void EndScript(const Outcome& outcome);
+    // Ends the run, whatever happened: records a change that did not take place, with a line that
+    // says what was "refused" where that is why, and releases the lock.
+    void EndScript(const Outcome& outcome, const std::string& refused = "");
 
   private:
     // A text that was asked for, and how far it got.
@@ -120,10 +123,10 @@ class Run {
     Outcome WriteMap(const std::string& map);
     Outcome RegenerateKfxConf();
     Outcome Commit(const Command& command);
-    Outcome ApplyNext(const ScriptCommand& next, const Command& command,
+    Outcome ApplyNext(const ScriptCommand& next, const Result<Command>& command,
                       const ScriptOptions& options, Sequence& sequence);
-    void Record(const ScriptCommand& next, const std::string& named, const Outcome& outcome,
-                const std::string& map);
+    void Record(const ScriptCommand& next, const Result<Command>& command, const Outcome& outcome,
+                const ScriptOptions& options);
     Outcome CommitScript(const ScriptOptions& options, const Follow& changes);
     Outcome WriteKfxConfBehindMap();
 
@@ -133,6 +136,6 @@ class Run {
     // Of a script.
     std::string title_;
     std::vector<Refusal> refusals_;
-    std::optional<size_t> refused_line_;  // that the run ends with
+    bool is_written_ = false;  // the map, or kfx.conf where only that was asked for
     Asked asked_;
 };

@@ -1,10 +1,11 @@
 // A run of many commands.
 #include "base/process.h"
+#include "base/text.h"
 #include "commands/parse_command.h"
 #include "run/run.h"
 
-Outcome Run::BeginScript(std::string title) {
-    title_ = std::move(title);
+Outcome Run::BeginScript(std::string_view title) {
+    title_ = Printable(title);
     return log_.Open();
 }
 
@@ -12,7 +13,6 @@ Outcome Run::Check(std::span<const ScriptCommand> commands, const ScriptOptions&
     for (const ScriptCommand& next : commands) {
         const Result<Command> command = ParseCommand(next.words.subspan(1));
         if (!command.ok() && !options.keeps_going) {
-            refused_line_ = next.line;
             refusals_.push_back({next.line, command.outcome()});
             return command.outcome();
         }
@@ -27,24 +27,28 @@ Outcome Run::OpenMap(const ScriptOptions& options) {
     return ParseXMLFile(options.map, inventory_.Tree()).outcome();
 }
 
-// Adds the entry of a command, which names the map that a replay is to change. "named" is the one
-// that its words name.
-void Run::Record(const ScriptCommand& next, const std::string& named, const Outcome& outcome,
-                 const std::string& map) {
-    std::vector<const char*> words(next.words.begin(), next.words.end());
-    if (map != named) {
-        words.insert(words.begin() + 1, {"-f", map.c_str()});
+// Adds the entry of a command, which names the map that a replay is to change. What is refused for
+// its words has read no input.
+void Run::Record(const ScriptCommand& next, const Result<Command>& command, const Outcome& outcome,
+                 const ScriptOptions& options) {
+    if (options.is_trial) {
+        return;
     }
-    asked_.last = log_.LogRun(words, next.input, outcome);
+    std::vector<const char*> words(next.words.begin(), next.words.end());
+    if (options.map != paths::kSystemMap && !(command.ok() && command->names_map)) {
+        words.insert(words.begin() + 1, {"-f", options.map.c_str()});
+    }
+    asked_.last = log_.LogRun(words, command.ok() ? next.input : std::nullopt, outcome);
 }
 
-Outcome Run::ApplyNext(const ScriptCommand& next, const Command& command,
+Outcome Run::ApplyNext(const ScriptCommand& next, const Result<Command>& command,
                        const ScriptOptions& options, Sequence& sequence) {
-    Outcome outcome = sequence.Do(command, next.input.value_or(""), options.name);
-    Record(next, command.map, outcome, options.map);
-    asked_.kfxconf = sequence.MakesKfxConf() ? asked_.last : asked_.kfxconf;
+    Outcome outcome = command.ok() ? sequence.Do(*command, next.input.value_or(""), options.name)
+                                   : command.outcome();
+    Record(next, command, outcome, options);
+    asked_.kfxconf = command.ok() && sequence.MakesKfxConf() ? asked_.last : asked_.kfxconf;
     if (outcome.ok()) {
-        const Notifications wanted = NotificationsOf(command);
+        const Notifications wanted = NotificationsOf(*command);
         asked_.web = wanted.web ? asked_.last : asked_.web;
         asked_.notifications = asked_.notifications | wanted;
     }
@@ -53,27 +57,33 @@ Outcome Run::ApplyNext(const ScriptCommand& next, const Command& command,
 
 Outcome Run::Apply(std::span<const ScriptCommand> commands, const ScriptOptions& options) {
     Sequence sequence(inventory_, options.map);
-    log_.Expect(commands);
+    if (!options.is_trial) {
+        log_.Expect(commands);
+    }
     for (const ScriptCommand& next : commands) {
         const Result<Command> command = ParseCommand(next.words.subspan(1));
         if (command.ok() && OnlyLooks(command->action)) {
             continue;
         }
-        Outcome outcome =
-            command.ok() ? ApplyNext(next, *command, options, sequence) : command.outcome();
-        if (!command.ok()) {
-            Record(next, paths::kSystemMap, outcome, options.map);
-        }
+        Outcome outcome = ApplyNext(next, command, options, sequence);
         if (outcome.ok()) {
             continue;
         }
         refusals_.push_back({next.line, outcome});
         if (!options.keeps_going) {
-            refused_line_ = next.line;
             return outcome;
         }
     }
-    return options.is_trial ? Outcome() : CommitScript(options, sequence.Changes());
+    if (Outcome outcome = options.last_check ? options.last_check(inventory_) : Outcome();
+        !outcome.ok()) {
+        return outcome;
+    }
+    if (options.is_trial) {
+        // What the last one gave is looked at as it would be read.
+        inventory_.BeginCommand();
+        return {};
+    }
+    return CommitScript(options, sequence.Changes());
 }
 
 // Behind the map that is written. That there is no kfx.conf of it, the commands' entries tell.
@@ -92,21 +102,21 @@ Outcome Run::CommitScript(const ScriptOptions& options, const Follow& changes) {
         if (Outcome outcome = WriteMap(options.map); !outcome.ok()) {
             return outcome;
         }
+        is_written_ = true;
     }
     if (changes.kfxconf) {
         Outcome outcome = WriteKfxConfBehindMap();
-        if (!outcome.ok() && outcome.code() != ExitCode::kLockFailed) {
-            log_.Select(asked_.kfxconf);
-            log_.PutExitCode(outcome);
-        }
+        is_written_ = is_written_ || outcome.code() != ExitCode::kLockFailed;
         if (!outcome.ok()) {
             return outcome;
         }
     }
     log_.Append();
     if (Outcome outcome = lock_.Unlock(); !outcome.ok()) {
-        log_.Select(asked_.last);
-        log_.PutExitCode(outcome);
+        if (asked_.last.size > 0) {
+            log_.Select(asked_.last);
+            log_.PutExitCode(outcome);
+        }
         return outcome;
     }
     AllowTermination();
@@ -117,13 +127,15 @@ Outcome Run::CommitScript(const ScriptOptions& options, const Follow& changes) {
     return {};
 }
 
-void Run::EndScript(const Outcome& outcome) {
-    if (!log_.IsAppended()) {
-        std::string lines = "# " + title_ + "\n# ";
-        lines += refused_line_
-                     ? "Line " + std::to_string(*refused_line_) + " refused, nothing changed."
-                     : "Nothing changed.";
-        log_.LogRefusal(lines + "\n", outcome);
+// Where something was written and not recorded, kfx.conf could not be written.
+void Run::EndScript(const Outcome& outcome, const std::string& refused) {
+    if (is_written_ && !log_.IsAppended()) {
+        log_.Select(asked_.kfxconf.size > 0 ? asked_.kfxconf : asked_.last);
+        log_.PutExitCode(outcome);
+    } else if (!log_.IsAppended()) {
+        log_.LogRefusal(
+            "# " + title_ + "\n# " + (refused.empty() ? "Nothing changed." : refused) + "\n",
+            outcome);
         log_.Append();
     }
     static_cast<void>(lock_.Unlock());

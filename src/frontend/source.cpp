@@ -1,0 +1,96 @@
+#include "frontend/source.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "base/files.h"
+#include "base/text.h"
+#include "report/completion.h"
+#include "report/script.h"
+#include "xml/rvt_xml_parser.h"
+
+std::string NameOf(const std::string& path) {
+    return path == "-" ? "standard input" : Printable(path);
+}
+
+std::string Source::Name() const {
+    return NameOf(path);
+}
+
+namespace {
+
+// What can be read once only, and what is no map, is read whole.
+void ReadText(int fd, bool can_be_read_again, std::string& text) {
+    static constexpr size_t kBeginning = 4096;
+    text.resize(can_be_read_again ? kBeginning : 0);
+    text.resize(static_cast<size_t>(std::max<ssize_t>(ReadOnce(fd, text.data(), text.size()), 0)));
+    if (can_be_read_again && IsMap(text)) {
+        text.clear();
+    } else {
+        // What comes before a read error is judged like any other text.
+        static_cast<void>(ReadToEnd(fd, text));
+    }
+}
+
+Outcome ReadDocument(Source& source) {
+    RVT_XML_Tree& tree = source.inventory.Tree();
+    const Result<bool> is_whole =
+        source.text.empty() && source.path != "-"
+            ? ParseXMLFile(source.path, tree)
+            : ParseXMLText(source.text, source.Name(), tree, DocumentRules::kMap);
+    if (!is_whole.ok()) {
+        Outcome outcome = is_whole.outcome();
+        return outcome.cause()
+                   ? outcome
+                   : std::move(outcome).WithCause({source.Name(), "elements are nested too deep"});
+    }
+    Outcome outcome = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap).outcome();
+    const std::string message = outcome.message();
+    return outcome.ok() ? outcome : std::move(outcome).WithCause({source.Name(), message});
+}
+
+}  // namespace
+
+Result<Source> ReadSource(const std::string& path) {
+    Source source{path, {}, {}, {}};
+    const FileDescriptor file = path == "-" ? FileDescriptor() : OpenForReading(path.c_str());
+    if (path != "-" && !file.IsOpen()) {
+        return WrongAt(path, strerror(errno), ExitCode::kNotWellFormed);
+    }
+    const mode_t type = path == "-" ? 0 : TypeOf(file.get());
+    ReadText(path == "-" ? STDIN_FILENO : file.get(), type == S_IFREG || type == S_IFDIR,
+             source.text);
+    if (IsMap(source.text)) {
+        Outcome outcome = ReadDocument(source);
+        return outcome.ok() ? Result(std::move(source)) : outcome;
+    }
+    Result<InventoryFile> said = ReadInventoryFile(source.text, source.Name());
+    if (said.ok()) {
+        source.said = std::move(*said);
+    }
+    return said.ok() ? Result(std::move(source)) : said.outcome();
+}
+
+Outcome Complete(Source& source, const Inventory& present) {
+    if (!source.said) {
+        return {};
+    }
+    Result<Inventory> completed = Completed(*source.said, present, false);
+    if (completed.ok()) {
+        source.inventory = std::move(*completed);
+    }
+    return completed.outcome();
+}
+
+Result<Source> ReadMap(const std::string& path) {
+    Result<Source> source = ReadSource(path);
+    if (!source.ok()) {
+        return source;
+    }
+    Outcome outcome = Complete(*source, NewInventory());
+    return outcome.ok() ? std::move(source) : outcome;
+}

@@ -1,0 +1,34 @@
+// What a command of tqs reads: a map, or an inventory in CSV or JSON.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "base/outcome.h"
+#include "model/inventory.h"
+#include "report/inventory_file.h"
+
+// The path that a command line names in messages, where "-" is standard input.
+std::string NameOf(const std::string& path);
+
+// A map, or an inventory in CSV or JSON, that was read.
+struct Source {
+    std::string path;                   // "-" for standard input
+    std::string text;                   // empty where the file can be read again
+    std::optional<InventoryFile> said;  // none: a map
+    Inventory inventory;
+
+    [[nodiscard]] std::string Name() const;
+};
+
+// Reads a map, or what a file in CSV or JSON says; that one has no inventory yet. kNotWellFormed for
+// what cannot be read, kIncompleteMap for a map without a root, or as ReadInventoryFile; the cause
+// has the place.
+Result<Source> ReadSource(const std::string& path);
+
+// Gives a file in CSV or JSON its inventory, with what it does not say from "present". Fails as
+// Completed.
+Outcome Complete(Source& source, const Inventory& present);
+
+// A map, or a file in CSV or JSON by itself.
+Result<Source> ReadMap(const std::string& path);

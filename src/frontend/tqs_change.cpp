@@ -1,0 +1,257 @@
+#include "frontend/tqs_change.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <functional>
+#include <new>
+
+#include "base/calls.h"
+#include "base/complaints.h"
+#include "base/files.h"
+#include "commands/parse_command.h"
+#include "frontend/source.h"
+#include "frontend/tqs_commands.h"
+#include "report/completion.h"
+#include "report/difference.h"
+#include "report/script.h"
+
+namespace {
+
+// Waits for the writer of a FIFO, as a shell would.
+Result<ChangeScript> ReadScript(const std::string& path) {
+    std::string text;
+    FileDescriptor file;
+    if (path != "-") {
+        file = FileDescriptor(calls::Open(calls::kHere, path.c_str(), O_RDONLY));
+    }
+    const int fd = path == "-" ? STDIN_FILENO : file.get();
+    if (fd < 0 || !ReadToEnd(fd, text)) {
+        const std::string why = strerror(errno);
+        return Outcome(ExitCode::kCannotOpen, why).WithCause({NameOf(path), why});
+    }
+    return ReadChangeScript(text);
+}
+
+// Whether "-update cache" stands in words that are no command line.
+bool IsForCache(std::span<const char* const> words) {
+    static constexpr auto kWords = std::to_array<std::string_view>({"-update", "cache"});
+    return !std::ranges::search(words, kWords, {}, [](const char* word) {
+                return std::string_view(word);
+            }).empty();
+}
+
+// What a script may not do with a command; empty for nothing. What is no command line is refused
+// later, and reads nothing.
+std::string WhyForbidden(const ScriptCommand& next, const std::string& map) {
+    const Result<Command> command = ParseCommand(next.words.subspan(1));
+    const bool is_for_cache =
+        command.ok() ? command->action == Action::kUpdateCache : IsForCache(next.words);
+    if (next.input && !is_for_cache) {
+        return "a here-document behind another command than -update cache";
+    }
+    if (!command.ok() || OnlyLooks(command->action)) {
+        return "";
+    }
+    if (is_for_cache && !next.input) {
+        return "-update cache without a here-document";
+    }
+    if (command->action == Action::kSetConfigValue || command->action == Action::kConvertMap) {
+        return "a script changes the inventory alone";
+    }
+    return command->names_map && command->map != map ? "another map" : "";
+}
+
+std::vector<ScriptFault> FaultsOf(ChangeScript& script, const std::string& map) {
+    std::vector<ScriptFault> faults = std::move(script.faults);
+    for (const ScriptCommand& next : script.commands) {
+        if (std::string why = WhyForbidden(next, map); !why.empty()) {
+            faults.push_back({next.line, std::move(why)});
+        }
+    }
+    std::ranges::stable_sort(faults, {}, &ScriptFault::line);
+    return faults;
+}
+
+void ComplainOf(const std::string& path, size_t line, const std::string& text) {
+    Complain("tqs: " + path + ":" + std::to_string(line) + ": " + text + "\n");
+}
+
+// Prints what a trial has made of the inventory.
+Outcome PrintTrial(const RVT_XML_Tree& before, const Inventory& now) {
+    Inventory present;
+    present.Tree() = before;
+    Output out(STDOUT_FILENO);
+    PrintDifferences(Comparison(present, now).Differences(), Form::kText, out);
+    return Delivered(out);
+}
+
+// What steps come to when memory may end in them.
+Outcome Guarded(const std::function<Outcome()>& steps) {
+    try {
+        return steps();
+    } catch (const std::bad_alloc&) {
+        return {ExitCode::kWriteFailed, "Out of memory."};
+    }
+}
+
+// Runs commands on the map that is open, or tries them and prints what would differ.
+Outcome ApplyOrTry(Run& run, std::span<const ScriptCommand> commands,
+                   const ScriptOptions& options) {
+    if (!options.is_trial) {
+        return run.Apply(commands, options);
+    }
+    const RVT_XML_Tree before = run.Map().Tree().Copy();
+    Outcome outcome = run.Apply(commands, options);
+    return outcome.ok() ? PrintTrial(before, run.Map()) : outcome;
+}
+
+// The text of a refusal.
+std::string Why(const Outcome& refused) {
+    return refused.message().empty() ? "refused with code " + std::to_string(Number(refused.code()))
+                                     : refused.message();
+}
+
+std::string RefusedAt(const std::string& place) {
+    return place + " refused, nothing changed.";
+}
+
+}  // namespace
+
+Result<int> ApplyScript(const std::string& path, ScriptOptions options) {
+    Result<ChangeScript> script = ReadScript(path);
+    if (!script.ok()) {
+        return script.outcome();
+    }
+    options.name = NameOf(path);
+    const std::vector<ScriptFault> faults = FaultsOf(*script, options.map);
+    for (const ScriptFault& fault : faults) {
+        ComplainOf(options.name, fault.line, fault.text);
+    }
+    if (!faults.empty()) {
+        return Outcome(ExitCode::kInvalidArgument, "");
+    }
+    Run run;
+    Outcome outcome = Guarded([&] {
+        Outcome step = options.is_trial ? Outcome() : run.BeginScript("tqs apply " + path);
+        if (step.ok()) {
+            step = run.Check(script->commands, options);
+        }
+        if (step.ok()) {
+            step = run.OpenMap(options);
+        }
+        return step.ok() ? ApplyOrTry(run, script->commands, options) : step;
+    });
+    const std::vector<Refusal>& refusals = run.Refusals();
+    const bool is_refused = !refusals.empty() && !options.keeps_going;
+    run.EndScript(outcome, is_refused ? RefusedAt("Line " + std::to_string(refusals[0].line)) : "");
+    for (const auto& [line, refused] : refusals) {
+        ComplainOf(options.name, line, Why(refused));
+    }
+    if (!outcome.ok()) {
+        return is_refused ? Outcome(outcome.code(), "") : outcome;
+    }
+    return refusals.empty() ? 0 : Number(refusals[0].outcome.code());
+}
+
+namespace {
+
+// What sync is about to do.
+struct Plan {
+    InventoryFile said;
+    Inventory now;  // what the map shall be
+    Script script;
+    std::string refused;  // the place of what stands in the way, which has been told
+};
+
+// What the map shall be.
+Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan) {
+    if (!source.said && !keep) {
+        plan.now.Tree() = source.inventory.Tree();
+        plan.said = FileOf(source.inventory, source.Name());
+        return {};
+    }
+    plan.said = source.said ? *source.said : FileOf(source.inventory, source.Name());
+    Result<Inventory> completed = Completed(plan.said, present, keep);
+    if (completed.ok()) {
+        plan.now = std::move(*completed);
+    }
+    return completed.outcome();
+}
+
+// Tells what stands in the way of the first.
+Outcome Obstructed(Plan& plan) {
+    for (const Obstacle& obstacle : plan.script.obstacles) {
+        Complain("tqs: " + PlaceOf(plan.said, obstacle.subject) + ": " + obstacle.subject + ": " +
+                 obstacle.text + "\n");
+    }
+    const Obstacle& first = plan.script.obstacles.front();
+    plan.refused = PlaceOf(plan.said, first.subject);
+    return {first.code, first.subject + ": " + first.text};
+}
+
+// Runs the steps of the plan, as a script of them would be.
+Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
+    std::string text;
+    Output out(text);
+    PrintScript(plan.script, out);
+    static_cast<void>(out.Flush());
+    const ChangeScript script = ReadChangeScript(text);
+    Outcome outcome = ApplyOrTry(run, script.commands, options);
+    for (const auto& [line, refused] : run.Refusals()) {
+        const auto command = std::ranges::find(script.commands, line, &ScriptCommand::line);
+        const auto step = plan.script.steps.begin() + (command - script.commands.begin());
+        plan.refused = PlaceOf(plan.said, step->subject);
+        Complain("tqs: " + plan.refused + ": " + Why(refused) + "\n");
+    }
+    return outcome;
+}
+
+}  // namespace
+
+Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions options) {
+    Result<Source> source = ReadSource(path);
+    if (!source.ok()) {
+        return source.outcome();
+    }
+    options.name = NameOf(path);
+    Run run;
+    Plan plan;
+    options.last_check = [&plan](const Inventory& result) {
+        return Comparison(result, plan.now).IsEqual()
+                   ? Outcome()
+                   : Outcome(ExitCode::kIncompleteMap, "No commands lead there.");
+    };
+    const std::string title = "tqs sync " + path;
+    bool has_begun = options.is_trial;
+    Outcome outcome = Guarded([&] {
+        Outcome step = run.OpenMap(options);
+        if (step.ok()) {
+            step = run.Map().NeedSystemMap(ExitCode::kIncompleteMap).outcome();
+        }
+        if (step.ok()) {
+            step = Complete(*source, run.Map(), keep, plan);
+        }
+        if (!step.ok()) {
+            return step;
+        }
+        plan.script = UntriedScript(run.Map(), plan.now, Crowding::kRefused);
+        if (!plan.script.obstacles.empty()) {
+            return Obstructed(plan);
+        }
+        if (plan.script.steps.empty()) {
+            return step;
+        }
+        step = has_begun ? step : run.BeginScript(title);
+        has_begun = true;
+        return step.ok() ? RunSteps(run, plan, options) : step;
+    });
+    if (!outcome.ok() && !has_begun) {
+        static_cast<void>(run.BeginScript(title));
+    }
+    run.EndScript(outcome, plan.refused.empty() ? "" : RefusedAt(plan.refused));
+    return outcome.ok() ? Result(0) : plan.refused.empty() ? outcome : Outcome(outcome.code(), "");
+}
