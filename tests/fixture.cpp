@@ -101,8 +101,12 @@ Running Tree::Start(const std::vector<std::string>& words, const std::string& in
     return {pid, out[0], err[0]};
 }
 
-RunResult Tree::Shell(const std::string& command) const {
-    return Start({"-c", "PATH=path:$PATH\n" + command}, "", "/bin/sh").Wait();
+RunResult Tree::Shell(const std::string& command, const std::string& input) const {
+    const std::string names =
+        "PATH=path:$PATH M=" + kMap + " L=" + kLock + " K=" + kKfxConf + " LOG=" + kLog +
+        " C=usr/opt/tqs/config G=" + OtherGroup() +
+        "\nwaiting() { grep -c -- \"-> FLOCK.*:$(stat -c %i $1) \" /proc/locks; }\n";
+    return Start({"-c", names + command}, input, "/bin/sh").Wait();
 }
 
 std::string Tree::Read(const std::string& path) const {

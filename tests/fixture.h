@@ -70,8 +70,9 @@ class Tree {
     [[nodiscard]] Running Start(const std::vector<std::string>& words,
                                 const std::string& input = "",
                                 const std::string& binary = TQSMGR_TEST) const;
-    // Runs a shell command in the folder, with the program as "tqsmgr" in the search path.
-    [[nodiscard]] RunResult Shell(const std::string& command) const;
+    // Runs a shell command in the folder, with the programs "tqsmgr" and "tqs" in the search path
+    // and the paths of map, lock, kfx.conf and log as M, L, K and LOG, another group as G.
+    [[nodiscard]] RunResult Shell(const std::string& command, const std::string& input = "") const;
 
     // The content of a file; "(none)" when there is no such file.
     [[nodiscard]] std::string Read(const std::string& path) const;
