@@ -3,7 +3,7 @@
 
 #include <random>
 
-#include "frontend/parse_command.h"
+#include "commands/parse_command.h"
 
 // After the headers whose names it would hide.
 #include "sample_map.h"

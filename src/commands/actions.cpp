@@ -45,14 +45,31 @@ const ActionRow& RowOf(Action action) {
     return *std::ranges::find(kActions, action, &ActionRow::action);
 }
 
-Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document) {
+bool OnlyLooks(Action action) {
+    switch (action) {
+        case Action::kViewKfxConf:
+        case Action::kViewSecurity:
+        case Action::kGetConfigValue:
+        case Action::kShowHelp:
+        case Action::kShowVersion:
+            return true;
+        default:
+            return false;
+    }
+}
+
+Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document,
+                const std::function<Outcome()>& last_check) {
     const ActionRow& row = RowOf(command.action);
+    inventory.BeginCommand();
     if (!row.follow.map) {
         return {};
     }
-    inventory.BeginCommand();
     Outcome outcome = row.change != nullptr ? row.change(command, inventory)
                                             : UpdateCache(command, inventory, cache_document);
+    if (outcome.ok() && last_check) {
+        outcome = last_check();
+    }
     inventory.EndCommand(outcome.ok());
     return outcome;
 }

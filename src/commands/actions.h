@@ -2,6 +2,7 @@
 // the parser of the command line and the run.
 #pragma once
 
+#include <functional>
 #include <span>
 #include <string_view>
 
@@ -45,7 +46,12 @@ std::span<const ActionRow> ActionTable();
 // Of any action but kNoAction.
 const ActionRow& RowOf(Action action);
 
+// Whether an action is answered with a text and changes nothing.
+bool OnlyLooks(Action action);
+
 // Makes the change that a command asks for, as told beside the command's function; fine for a
 // command that changes no inventory. "cache_document" is what UpdateCache takes the cache from.
+// "last_check" is asked when the command was accepted; when that fails, so does this.
 Outcome Execute(const Command& command, Inventory& inventory,
-                const RVT_XML_Tree& cache_document = {});
+                const RVT_XML_Tree& cache_document = {},
+                const std::function<Outcome()>& last_check = {});

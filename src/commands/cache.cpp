@@ -59,7 +59,7 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
     if (RVT_Node* old = FindCache(**platform); old != nullptr) {
         inventory.Remove(*old, *platform);
     }
-    (*platform)->AddChild(*cache);
+    inventory.AddCache(**platform, **cache);
     return {};
 }
 

@@ -7,7 +7,7 @@
 
 #include "base/complaints.h"
 #include "base/process.h"
-#include "frontend/parse_command.h"
+#include "commands/parse_command.h"
 #include "frontend/usage.h"
 #include "run/run.h"
 

@@ -56,14 +56,6 @@ Result<Source> ReadMap(const std::string& path) {
                     : Outcome(map.outcome()).WithCause({source.Name(), map.outcome().message()});
 }
 
-// How the output came to its reader. One who has gone does not want to be told.
-Outcome Delivered(Output& out) {
-    if (out.Flush()) {
-        return {};
-    }
-    return errno == EPIPE ? Outcome(ExitCode::kWriteFailed, "") : LostOutput("standard output");
-}
-
 size_t TerminalColumns() {
     struct winsize size {};
     return isatty(STDOUT_FILENO) == 1 && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col
@@ -71,6 +63,13 @@ size_t TerminalColumns() {
 }
 
 }  // namespace
+
+Outcome Delivered(Output& out) {
+    if (out.Flush()) {
+        return {};
+    }
+    return errno == EPIPE ? Outcome(ExitCode::kWriteFailed, "") : LostOutput("standard output");
+}
 
 Result<int> ListItems(const std::string& map, Listing listing) {
     const Result<Source> source = ReadMap(map);

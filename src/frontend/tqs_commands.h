@@ -4,7 +4,12 @@
 #include <string>
 
 #include "base/outcome.h"
+#include "base/output.h"
 #include "report/list.h"
+
+// How the output came to its reader, kWriteFailed where it did not: without a message when the
+// reader has gone, who does not want to be told.
+Outcome Delivered(Output& out);
 
 // Each reads the map "map", a file or "-" for standard input, and prints what was asked for on
 // standard output. Returns the exit status; fails with kNotWellFormed for a map that cannot be

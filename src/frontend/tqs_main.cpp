@@ -7,6 +7,7 @@
 #include "base/files.h"
 #include "base/paths.h"
 #include "base/process.h"
+#include "frontend/tqs_apply.h"
 #include "frontend/tqs_commands.h"
 
 namespace {
@@ -147,6 +148,45 @@ Result<int> RunDiff(const DiffWords& words) {
     return DiffMaps(words.before, words.now, form);
 }
 
+// What the words of "apply" stand for.
+struct ApplyWords {
+    std::string script;
+    ScriptOptions options;
+    unsigned wait = 0;
+    std::vector<std::string> silenced;
+};
+
+void AddApply(CLI::App& app, ApplyWords& words) {
+    CLI::App* apply = app.add_subcommand("apply", "Make many changes as one, or none of them");
+    apply->add_option("SCRIPT", words.script, "Commands of tqsmgr, or \"-\" for standard input")
+        ->type_name("")
+        ->required();
+    apply->add_flag("--dry-run", words.options.is_trial, "Only print what would differ");
+    apply->add_flag("--keep-going", words.options.keeps_going, "Pass over what is refused");
+    apply
+        ->add_option("--wait", words.wait,
+                     "Wait so long for the lock, instead of as long as it takes")
+        ->type_name("SECONDS");
+    apply->add_option("--no-notify", words.silenced, "Do not notify them")
+        ->type_name("web|kfxd...")
+        ->allow_extra_args(false);
+    apply->add_option("--map", words.options.map, "Another map than the product's")
+        ->type_name("MAP");
+}
+
+Result<int> RunApply(ApplyWords& words, bool waits) {
+    for (const std::string& name : words.silenced) {
+        if (name != "web" && name != "kfxd") {
+            return UnknownWord("notification", name, {"web", "kfxd"});
+        }
+        (name == "web" ? words.options.notifies_web : words.options.notifies_kfxd) = false;
+    }
+    if (waits) {
+        words.options.wait = words.wait;
+    }
+    return ApplyScript(words.script, words.options);
+}
+
 // The words that could have been meant by one that is not known.
 std::vector<std::string> KnownWords(const CLI::App& app, bool is_option) {
     std::vector<std::string> known;
@@ -197,9 +237,9 @@ Result<int> Print(const std::string& text) {
     return 0;
 }
 
-Result<int> Run(int argc, char** argv) {
+Result<int> Obey(int argc, char** argv) {
     CLI::App app(
-        "Look at the inventory of consoles, judge it, and compare it.\n"
+        "Look at the inventory of consoles, judge it, compare it, and change it in bulk.\n"
         "\"tqs COMMAND --help\" tells of one command.",
         "tqs");
     app.set_version_flag("--version", "TQS version " TQS_VERSION " build date " TQS_BUILD_DATE);
@@ -217,6 +257,8 @@ Result<int> Run(int argc, char** argv) {
     app.add_subcommand("export", "Print the commands that make the inventory of an empty one")
         ->add_option("MAP", exported, kMapHelp)
         ->type_name("");
+    ApplyWords applied;
+    AddApply(app, applied);
     for (CLI::App* command : app.get_subcommands({})) {
         command->set_help_flag("--help", "Print this help and exit");
     }
@@ -235,6 +277,9 @@ Result<int> Run(int argc, char** argv) {
     if (app.got_subcommand("diff")) {
         return RunDiff(diff);
     }
+    if (app.got_subcommand("apply")) {
+        return RunApply(applied, app.get_subcommand("apply")->count("--wait") > 0);
+    }
     return app.got_subcommand("check") ? CheckMap(checked) : ExportMap(exported);
 }
 
@@ -244,7 +289,7 @@ int main(int argc, char** argv) {
     PrepareProcess();
     Result<int> status = 0;
     try {
-        status = Run(argc, argv);
+        status = Obey(argc, argv);
     } catch (const std::bad_alloc&) {
         status = Outcome(ExitCode::kWriteFailed, "Out of memory.");
     }

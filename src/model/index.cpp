@@ -4,21 +4,6 @@
 #include "model/vocabulary.h"
 #include "xml/walk.h"
 
-// Keys of what is counted. A port is counted below the address of a platform or standalone console,
-// and below its platform for a console inside one. No text of the map holds a zero byte.
-static std::string NameKey(std::string_view name) {
-    return ToLower(name);
-}
-static std::string AddressKey(std::string_view address) {
-    return std::string(1, '\0').append(address);
-}
-static std::string PortKey(std::string_view address, std::string_view port) {
-    return AddressKey(address).append(1, '\0').append(port);
-}
-static std::string PortKey(const RVT_Node* platform, std::string_view port) {
-    return PortKey(std::to_string(reinterpret_cast<uintptr_t>(platform)), port).append(1, '\0');
-}
-
 std::optional<Index> Index::Of(const RVT_Node& map) {
     Index index;
     for (RVT_Node& node : LiveElements(map, tag::Platform, tag::Console)) {
@@ -59,24 +44,29 @@ void Index::Remove(const Place& place) {
 
 void Index::Count(const Place& place, int by) {
     const RVT_Node& element = *place.element;
-    counts_[NameKey(PropertyOrEmpty(element, Property::kName))] += by;
+    names_[ToLower(PropertyOrEmpty(element, Property::kName))] += by;
+    if (place.platform == nullptr) {
+        CountAtSite(element, by);
+    } else if (const auto port = GetPropertyValue(element, Property::kPort); port) {
+        ports_[{place.platform, *port}] += by;
+    }
+}
+
+void Index::CountAtSite(const RVT_Node& element, int by) {
     const auto address = GetPropertyValue(element, Property::kAddress);
     const auto port = GetPropertyValue(element, Property::kPort);
-    if (place.platform != nullptr && port) {
-        counts_[PortKey(place.platform, *port)] += by;
-    }
-    if (place.platform != nullptr || !address) {
+    if (!address) {
         return;
     }
-    counts_[AddressKey(*address)] += by;
+    Site& site = sites_[*address];
+    site.count += by;
     if (!port) {
         return;
     }
-    counts_[PortKey(*address, *port)] += by;
+    ports_[{&site, *port}] += by;
     if (element.IsName(tag::Platform)) {
-        std::vector<const RVT_Node*>& platforms = platforms_at_[*address];
-        std::erase(platforms, &element);
-        platforms.resize(platforms.size() + (by > 0 ? 1 : 0), &element);
+        std::erase(site.platforms, &element);
+        site.platforms.resize(site.platforms.size() + (by > 0 ? 1 : 0), &element);
     }
 }
 
@@ -95,28 +85,30 @@ Place Index::FindConsole(std::string_view name) const {
     return LiveOrNone(consoles_, name);
 }
 
-int Index::At(const std::string& key) const {
-    const auto found = counts_.find(key);
-    return found == counts_.end() ? 0 : found->second;
-}
-
 int Index::CountName(std::string_view name) const {
-    return At(NameKey(name));
+    const auto found = names_.find(ToLower(name));
+    return found == names_.end() ? 0 : found->second;
 }
 
 int Index::CountAddress(std::string_view address) const {
-    return At(AddressKey(address));
+    const auto site = sites_.find(address);
+    return site == sites_.end() ? 0 : site->second.count;
+}
+
+int Index::UsesOf(const void* owner, std::string_view port) const {
+    const auto found = ports_.find({owner, port});
+    return found == ports_.end() ? 0 : found->second;
 }
 
 int Index::CountPort(std::string_view address, std::string_view port) const {
-    int count = At(PortKey(address, port));
-    const auto platforms = platforms_at_.find(address);
-    if (platforms == platforms_at_.end()) {
-        return count;
+    const auto site = sites_.find(address);
+    if (site == sites_.end()) {
+        return 0;
     }
-    for (const RVT_Node* platform : platforms->second) {
+    int count = UsesOf(&site->second, port);
+    for (const RVT_Node* platform : site->second.platforms) {
         const bool has_it_itself = PropertyOrEmpty(*platform, Property::kPort) == port;
-        count += has_it_itself ? 0 : At(PortKey(platform, port));
+        count += has_it_itself ? 0 : UsesOf(platform, port);
     }
     return count;
 }

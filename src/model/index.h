@@ -39,14 +39,39 @@ class Index {
     // As GetCountOfConsolesWithAddress.
     [[nodiscard]] int CountPort(std::string_view address, std::string_view port) const;
 
+    Index(Index&&) = default;
+    Index& operator=(Index&&) = default;
+
   private:
+    Index() = default;
+
+    // An address of platforms and standalone consoles.
+    struct Site {
+        int count = 0;  // of them
+        std::vector<const RVT_Node*> platforms;
+    };
+    // A port and what it is in use at: a site or, by consoles inside a platform, the platform.
+    struct Port {
+        const void* owner;
+        std::string_view number;
+        bool operator==(const Port&) const = default;
+    };
+    struct PortHash {
+        size_t operator()(const Port& port) const {
+            return std::hash<std::string_view>()(port.number) ^
+                   std::hash<const void*>()(port.owner);
+        }
+    };
+
     bool AddNew(const Place& place);
     void Count(const Place& place, int by);
-    [[nodiscard]] int At(const std::string& key) const;
+    void CountAtSite(const RVT_Node& element, int by);
+    [[nodiscard]] int UsesOf(const void* owner, std::string_view port) const;
 
     // By name. Texts of the map live as long as the process.
     std::unordered_map<std::string_view, Place> platforms_;
     std::unordered_map<std::string_view, Place> consoles_;
-    std::unordered_map<std::string_view, std::vector<const RVT_Node*>> platforms_at_;  // by address
-    std::unordered_map<std::string, int> counts_;  // by keys of names, addresses and ports
+    std::unordered_map<std::string, int> names_;  // how many, by name in lower case
+    std::unordered_map<std::string_view, Site> sites_;
+    std::unordered_map<Port, int, PortHash> ports_;
 };

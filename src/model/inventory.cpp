@@ -1,12 +1,16 @@
 #include "model/inventory.h"
 
+#include <algorithm>
+#include <array>
 #include <set>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "base/arena.h"
 #include "model/uniqueness.h"
 #include "model/vocabulary.h"
+#include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
 RVT_XML_Tree& Inventory::Tree() {
@@ -15,11 +19,15 @@ RVT_XML_Tree& Inventory::Tree() {
 }
 
 void Inventory::BeginCommand() {
-    // Values are still as they were given: what a file would make of them belongs here.
     stored_.clear();
     for (; forgotten_ < removed_.size(); ++forgotten_) {
         Forget(removed_[forgotten_]);
     }
+    if (is_to_settle_) {
+        Settle();
+    }
+    touched_.clear();
+    new_cache_ = nullptr;
     // A single command is served best by walks.
     static constexpr int kFirstIndexed = 2;
     const RVT_Node* map = FindSystemMap();
@@ -31,10 +39,90 @@ void Inventory::BeginCommand() {
 void Inventory::EndCommand(bool accepted) {
     if (accepted) {
         settled_ = forgotten_;
+        is_to_settle_ = true;
+        accepted_from_ = raws_.size();
         return;
     }
+    touched_.clear();
     for (; !stored_.empty(); stored_.pop_back()) {
         Store(stored_.back(), stored_.back().before);
+    }
+    for (; removed_.size() > forgotten_; removed_.pop_back()) {
+        removed_.back().element->RestoreElement();
+    }
+    if (new_cache_ != nullptr) {
+        ShareOutChildren(*new_cache_platform_, [this](const RVT_Node& child) {
+            return &child == new_cache_ ? nullptr : new_cache_platform_;
+        });
+    }
+}
+
+void Inventory::MarkKfxConf() {
+    marked_from_ = raws_.size();
+}
+
+// Exchanges what was given and what is read of it, from the "from"-th on.
+void Inventory::Show(size_t from) {
+    for (const size_t first : {shown_from_, from}) {
+        for (Raw& raw : std::span(raws_).subspan(first)) {
+            const char* shown = raw.attribute->GetValue();
+            raw.attribute->SetKeptValue(std::exchange(raw.value, shown));
+        }
+    }
+    shown_from_ = from;
+}
+
+void Inventory::Touch(RVT_Node& node) {
+    if (touched_.empty() || touched_.back() != &node) {
+        touched_.push_back(&node);
+    }
+}
+
+// Of a platform neither what is inside it nor its cache.
+void Inventory::SettleBelow(RVT_Node& node, bool is_platform) {
+    for (RVT_Node& attribute : Attributes(node)) {
+        if (!IsReadAsWritten(attribute.GetValue())) {
+            raws_.push_back({&attribute, attribute.GetValue()});
+            attribute.SetValue(ValueAsRead(attribute.GetValue()));
+        }
+    }
+    for (RVT_Node& child : Children(node)) {
+        if (!is_platform || (!child.IsName(tag::Console) && !child.IsName(tag::Cache))) {
+            SettleBelow(child, false);
+        }
+    }
+}
+
+// Whether what the tables know of the touched elements is what is read.
+bool Inventory::IsIndexSafe() const {
+    return is_settled_ && std::ranges::all_of(touched_, [](const RVT_Node* node) {
+               return std::ranges::all_of(
+                   std::array{Property::kName, Property::kAddress, Property::kPort},
+                   [node](Property property) {
+                       return IsReadAsWritten(PropertyOrEmpty(*node, property));
+                   });
+           });
+}
+
+// Makes of values what writing and reading them would; once of all that were in the file.
+void Inventory::Settle() {
+    is_to_settle_ = false;
+    RVT_Node* map = FindSystemMap();
+    if (map == nullptr) {
+        return;
+    }
+    const bool is_index_safe = IsIndexSafe();
+    if (!is_settled_) {
+        SettleBelow(*map, false);
+    } else {
+        for (RVT_Node* node : touched_) {
+            SettleBelow(*node, node->IsName(tag::Platform));
+        }
+    }
+    is_settled_ = true;
+    shown_from_ = raws_.size();
+    if (index_ && !is_index_safe) {
+        index_ = Index::Of(*map);
     }
 }
 
@@ -190,15 +278,24 @@ void Inventory::Add(RVT_Node* platform, Owner owner, std::string_view id,
                     const PropertyValues& values) {
     RVT_Node& parent = platform != nullptr ? *platform : *FindSystemMap();
     RVT_Node& element = AddOwner(parent, owner, id, values);
+    Touch(element);
     if (index_) {
         index_->Add({&element, platform});
     }
+}
+
+void Inventory::AddCache(RVT_Node& platform, RVT_Node& cache) {
+    platform.AddChild(&cache);
+    Touch(cache);
+    new_cache_ = &cache;
+    new_cache_platform_ = &platform;
 }
 
 void Inventory::SetValue(const Place& place, Property property, RVT_Node& attribute,
                          std::string_view value) {
     stored_.push_back({place, property, &attribute, attribute.GetValue()});
     Store(stored_.back(), arena::Copy(value));
+    Touch(*place.element);
 }
 
 // "value" is kept for the whole run.

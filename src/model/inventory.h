@@ -13,8 +13,9 @@
 #include "xml/rvt_node.h"
 
 // Commands run one after another between BeginCommand and EndCommand, each as if it were alone on
-// what the one before has left. From the second one on, lookups use tables instead of walks, where
-// the map is regular enough; they find the same.
+// the file that the one before has left: on what writing and reading it makes of values. From the
+// second one on, lookups use tables instead of walks, where the map is regular enough; they find
+// the same.
 class Inventory {
   public:
     // The document, to be filled once before the first command, and to be written between two.
@@ -25,10 +26,21 @@ class Inventory {
     // The reference files as its commands see them.
     ReferenceFiles& Files() { return files_; }
 
-    // What earlier commands have removed is gone from now on.
+    // What earlier commands have removed is gone from now on, and what they have given is as it
+    // would be read.
     void BeginCommand();
-    // Takes back the values that a command which was not "accepted" has stored.
+    // Takes back the values that a command which was not "accepted" has stored, and what it did to
+    // a cache. One that was accepted has changed the document.
     void EndCommand(bool accepted);
+
+    // The present command makes kfx.conf of the document as it is now.
+    void MarkKfxConf();
+
+    // Values as the last command that was accepted has left them, or as they were at the mark,
+    // instead of as the next command reads them: for who writes the document or kfx.conf when all
+    // commands have ended.
+    void ShowAsAccepted() { Show(accepted_from_); }
+    void ShowAsMarked() { Show(marked_from_); }
 
     // The root element, or null; and the outcome for who needs it, with "code":
     // "Cannot find SystemMap element."
@@ -69,6 +81,9 @@ class Inventory {
     void SetValue(const Place& place, Property property, RVT_Node& attribute,
                   std::string_view value);
 
+    // Appends a cache to "platform".
+    void AddCache(RVT_Node& platform, RVT_Node& cache);
+
     // Removes a platform, console or cache that stands in "platform" or, for null, in the root. It
     // still counts where the rules say so until the command has ended.
     void Remove(RVT_Node& node, RVT_Node* platform);
@@ -86,12 +101,31 @@ class Inventory {
     void Forget(const Place& removed);
     void DropSettled();
     void Store(const StoredValue& stored, const char* value);
+    void Touch(RVT_Node& node);
+    [[nodiscard]] bool IsIndexSafe() const;
+    void Settle();
+    void SettleBelow(RVT_Node& node, bool is_platform);
+    void Show(size_t from);
 
     RVT_XML_Tree tree_;
     ReferenceFiles files_;
     int commands_ = 0;
     std::optional<Index> index_;
     std::vector<StoredValue> stored_;  // of the present command
+    // A value that reading makes another one of: that which the document does not hold at present.
+    struct Raw {
+        RVT_Node* attribute;
+        const char* value;
+    };
+    std::vector<Raw> raws_;           // in the order in which they became what is read
+    size_t accepted_from_ = 0;        // the first since the last accepted command,
+    size_t marked_from_ = 0;          // and since the mark
+    size_t shown_from_ = 0;           // from here on the document holds what was given
+    std::vector<RVT_Node*> touched_;  // by the present command
+    RVT_Node* new_cache_ = nullptr;   // of the present command
+    RVT_Node* new_cache_platform_ = nullptr;
+    bool is_to_settle_ = false;  // a command was accepted since all values were as read,
+    bool is_settled_ = false;    // and they have been so once
     // In their order: what an accepted command has been done without, so that the document as
     // written has no trace of it; what lookups find no longer; what the present command has
     // removed.

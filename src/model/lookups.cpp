@@ -4,6 +4,7 @@
 #include <array>
 #include <string>
 
+#include "base/arena.h"
 #include "model/identifiers.h"
 #include "model/vocabulary.h"
 #include "xml/walk.h"
@@ -175,16 +176,21 @@ RVT_Node& AddElement(RVT_Node& parent, std::string_view name) {
 
 void AddProperty(RVT_Node& property_map, Property property, std::string_view value,
                  bool is_boolean) {
+    const PropertyRow& row = RowOf(property);
     RVT_Node& element = AddElement(property_map, tag::Property);
-    const std::string_view name = RowOf(property).name;
+    RVT_Node* attribute = element.AddAttributes(is_boolean ? 4 : 3);
+    const auto put = [&attribute](std::string_view name, const char* kept) {
+        attribute->SetName(name);
+        attribute->SetKeptValue(kept);
+        ++attribute;
+    };
+    put(name_tag, row.name.data());
+    put(readonly_tag, switch_off.data());
     if (is_boolean) {
-        SetAttributes(element, {{name_tag, name},
-                                {readonly_tag, switch_off},
-                                {type_tag, "boolean"},
-                                {value_tag, value}});
-    } else {
-        SetAttributes(element, {{name_tag, name}, {readonly_tag, switch_off}, {value_tag, value}});
+        put(type_tag, "boolean");
     }
+    // Most values are those of the table, which last.
+    put(value_tag, value == row.initial ? row.initial->data() : arena::Copy(value));
 }
 
 RVT_Node& AddOwner(RVT_Node& parent, Owner owner, std::string_view id,

@@ -2,18 +2,16 @@
 
 #include <algorithm>
 #include <set>
-#include <utility>
 
+#include "base/paths.h"
 #include "commands/actions.h"
-#include "daemonconf/kfxconf.h"
 #include "model/checks.h"
 #include "model/vocabulary.h"
 #include "report/order.h"
+#include "run/sequence.h"
 #include "translog/shell_text.h"
 #include "xml/encoding.h"
-#include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
-#include "xml/walk.h"
 
 static std::string OnOneLine(std::string text) {
     std::ranges::replace(text, '\n', ' ');
@@ -21,64 +19,6 @@ static std::string OnOneLine(std::string text) {
         text, [](char c) { return c >= 0 && c < ' '; }, '?');
     return text;
 }
-
-// Makes of a document what writing and reading it would.
-static void Settle(RVT_Node& node) {
-    for (RVT_Node& attribute : Attributes(node)) {
-        if (!IsReadAsWritten(attribute.GetValue())) {
-            attribute.SetValue(ValueAsRead(attribute.GetValue()));
-        }
-    }
-    for (RVT_Node& child : Children(node)) {
-        Settle(child);
-    }
-}
-
-namespace {
-
-// Runs steps, each on what writing and reading makes of the map that the one before has left. What
-// the commands give stays as it is, so only what was there at first can be another then.
-class Trial {
-  public:
-    explicit Trial(Inventory& inventory) : inventory_(inventory) {}
-
-    Outcome Run(const Step& step) {
-        if (Outcome outcome = Change(step); !outcome.ok()) {
-            return outcome;
-        }
-        if (!std::exchange(is_settled_, true)) {
-            Settle(*inventory_.FindSystemMap());
-        }
-        // A command counts as refused when there is no kfx.conf of what it leaves. None makes an
-        // element that is incomplete.
-        if (RowOf(step.command.action).follow.kfxconf && !is_complete_) {
-            std::string lines;
-            Output out(lines);
-            if (Outcome outcome = WriteKfxConf(out, inventory_, ""); !outcome.ok()) {
-                return outcome;
-            }
-            is_complete_ = true;
-        }
-        return {};
-    }
-
-  private:
-    Outcome Change(const Step& step) {
-        if (step.command.action != Action::kUpdateCache) {
-            return Execute(step.command, inventory_);
-        }
-        RVT_XML_Tree document;
-        const Result<bool> is_whole = ParseXMLText(step.document, "cache", document);
-        return is_whole.ok() ? Execute(step.command, inventory_, document) : is_whole.outcome();
-    }
-
-    const XMLLibrary library_;
-    Inventory& inventory_;
-    bool is_settled_ = false;
-    bool is_complete_ = false;
-};
-
-}  // namespace
 
 // What the commands give that no reference file lists; if that is not it, what one was refused for.
 static std::vector<std::string> WhyRefused(const std::vector<Step>& steps, const Step& refused,
@@ -126,10 +66,12 @@ static std::vector<std::string> WhyUnwritable(const std::vector<Step>& steps,
 // Runs the steps on a copy of an inventory and says what keeps them from leading to "now".
 static std::vector<std::string> Try(const std::vector<Step>& steps, Inventory& copy,
                                     const Inventory& now) {
-    Trial trial(copy);
+    Sequence sequence(copy, paths::kSystemMap);
     for (const Step& step : steps) {
-        if (const Outcome outcome = trial.Run(step); !outcome.ok()) {
-            return WhyRefused(steps, step, outcome);
+        if (const Outcome outcome = sequence.Do(step.command, step.document, "cache");
+            !outcome.ok()) {
+            return outcome.code() == ExitCode::kWriteFailed ? WhyUnwritable(steps, copy.Tree())
+                                                            : WhyRefused(steps, step, outcome);
         }
     }
     const Result<bool> fits = FitsItsEncoding(copy.Tree());

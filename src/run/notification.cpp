@@ -9,18 +9,22 @@ static int ExitStatus(int status) {
     return (status >> 8) & 0xFF;
 }
 
-void Notify(const Command& command, TransactionLog& log) {
+Notifications NotificationsOf(const Command& command) {
     const Follow& follow = RowOf(command.action).follow;
-    if (follow.web && command.notify_web) {
+    return {follow.web && command.notify_web, follow.daemon && command.notify_kfxd, follow.daemon};
+}
+
+void Notify(const Notifications& wanted, TransactionLog& log) {
+    if (wanted.web) {
         if (const int status = RunShellCommand(paths::kNotifyWeb); status != 0) {
             log.PutMsg("Error: \"" + std::string(paths::kNotifyWeb) + "\" exited with " +
                        std::to_string(ExitStatus(status)) + ".\n");
         }
     }
-    if (follow.daemon && command.notify_kfxd) {
+    if (wanted.kfxd) {
         RunShellCommand(paths::kNotifyKfxd);
     }
-    if (follow.daemon) {
+    if (wanted.lrp) {
         RunShellCommand(paths::kNotifyLrp);
     }
 }

@@ -86,7 +86,7 @@ Outcome Run::UpdateCache(const Command& command) {
 
 Outcome Run::Convert(const Command& command) {
     const Result<bool> is_converted = DoVersionConversion(inventory_);
-    return is_converted.ok() && *is_converted ? WriteMap(command) : is_converted.outcome();
+    return is_converted.ok() && *is_converted ? WriteMap(command.map) : is_converted.outcome();
 }
 
 Outcome Run::Change(const Command& command) {
@@ -103,8 +103,8 @@ Outcome Run::Change(const Command& command) {
     }
 }
 
-Outcome Run::WriteMap(const Command& command) {
-    return WriteXMLFile(command.map, inventory_.Tree(), [this] { return lock_.BeginChange(); });
+Outcome Run::WriteMap(const std::string& map) {
+    return WriteXMLFile(map, inventory_.Tree(), [this] { return lock_.BeginChange(); });
 }
 
 Outcome Run::RegenerateKfxConf() {
@@ -117,7 +117,7 @@ Outcome Run::RegenerateKfxConf() {
 Outcome Run::Commit(const Command& command) {
     const Follow& follow = RowOf(command.action).follow;
     if (follow.map) {
-        if (Outcome outcome = WriteMap(command); !outcome.ok()) {
+        if (Outcome outcome = WriteMap(command.map); !outcome.ok()) {
             return outcome;
         }
     }
@@ -141,16 +141,11 @@ Outcome Run::Answered(const Command& command) {
     return stays ? answer.outcome : printed;
 }
 
-static bool IsQuestion(Action action) {
-    return action == Action::kViewKfxConf || action == Action::kViewSecurity ||
-           action == Action::kGetConfigValue;
-}
-
 Outcome Run::Do(const Command& command) {
     if (Outcome outcome = Open(command); !outcome.ok()) {
         return outcome;
     }
-    if (IsQuestion(command.action)) {
+    if (OnlyLooks(command.action)) {
         return Answered(command);
     }
     if (Outcome outcome = Change(command); !outcome.ok()) {
@@ -160,7 +155,7 @@ Outcome Run::Do(const Command& command) {
         return outcome;
     }
     AllowTermination();
-    Notify(command, log_);
+    Notify(NotificationsOf(command), log_);
     return {};
 }
 

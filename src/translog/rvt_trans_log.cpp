@@ -93,19 +93,22 @@ static constexpr off_t kPlainEnding = 256;
 // reserving room does not look at on every file system.
 bool TransactionLog::IsWithinLimit() const {
     struct rlimit limit {};
-    const off_t size = SizeOf(file_.fd.get()) + static_cast<off_t>(entry_.size()) + kPlainEnding;
+    const off_t size = SizeOf(file_.fd.get()) + static_cast<off_t>(text_.size()) + kPlainEnding;
     return getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY ||
            static_cast<rlim_t>(size) <= limit.rlim_cur;
 }
 
-// Reserves room behind the end of the log for the entry with its largest ending. A command that is
-// refused for want of room leaves the ending of its entry alone, so that no replay repeats it.
-Outcome TransactionLog::RefuseUnlessRoom() {
-    const auto size = static_cast<off_t>(entry_.size() + kLargestEnding);
-    if (IsWithinLimit() && ReserveBehindEnd(file_.fd.get(), size)) {
+// A command that is refused for want of room leaves the ending of its entry alone, so that no
+// replay repeats it.
+Outcome TransactionLog::Reserve() {
+    text_.reserve(text_.size() + kLargestEnding);
+    ending_.reserve(kLargestEnding);
+    const auto size = static_cast<off_t>(text_.size() + kLargestEnding);
+    if (!is_begun_ || (IsWithinLimit() && ReserveBehindEnd(file_.fd.get(), size))) {
         return {};
     }
-    entry_.clear();
+    text_.clear();
+    place_ = {};
     return WriteFailure();
 }
 
@@ -123,24 +126,40 @@ static std::string Banner() {
     return rule + "\n# Time: " + stamp.data() + "\n" + rule + "\n\n";
 }
 
-Outcome TransactionLog::LogCommandLine(std::span<const char* const> words) {
+Outcome TransactionLog::Open() {
     Outcome opened = OpenLog();
     if (opened.ok() && IsTooLarge(SizeOf(file_.fd.get()))) {
         RotateLog(file_);
         opened = OpenLog();
     }
     is_begun_ = file_.fd.IsOpen();
+    return opened;
+}
+
+void TransactionLog::BeginEntry(std::span<const char* const> words) {
+    text_ += Banner();
+    for (const char* const& word : words) {
+        text_ += ShellWord(word, &word == &words.front()) + ' ';
+    }
+    text_ += "\n\n";
+    place_ = {text_.size(), 0};
+}
+
+// The here-document stands behind the command.
+void TransactionLog::AddInput(std::string_view input) {
+    text_.resize(text_.find_last_not_of('\n') + 1);
+    AppendHereDocument(input, text_);
+    text_ += '\n';
+    place_ = {text_.size(), 0};
+}
+
+Outcome TransactionLog::LogCommandLine(std::span<const char* const> words) {
+    Outcome opened = Open();
     if (!opened.ok()) {
         return opened;
     }
-    entry_ = Banner();
-    for (const char* const& word : words) {
-        entry_ += ShellWord(word, &word == &words.front()) + ' ';
-    }
-    entry_ += "\n\n";
-    entry_.reserve(entry_.size() + kLargestEnding);
-    ending_.reserve(kLargestEnding);
-    return RefuseUnlessRoom();
+    BeginEntry(words);
+    return Reserve();
 }
 
 Outcome TransactionLog::LogStdIn(std::string_view input) {
@@ -148,11 +167,9 @@ Outcome TransactionLog::LogStdIn(std::string_view input) {
         return {};
     }
     // Every byte of the input may need a backslash.
-    entry_.reserve(entry_.size() + 2 * input.size() + kLargestEnding);
-    entry_.resize(entry_.find_last_not_of('\n') + 1);
-    AppendHereDocument(input, entry_);
-    entry_ += '\n';
-    return RefuseUnlessRoom();
+    text_.reserve(text_.size() + 2 * input.size() + kLargestEnding);
+    AddInput(input);
+    return Reserve();
 }
 
 // Appends "# ERROR MESSAGE:", each line of "message" behind "#   ", and an empty line.
@@ -169,20 +186,22 @@ static void AppendErrorBlock(std::string_view message, std::string& block) {
     block += "\n\n";
 }
 
-void TransactionLog::MakeEnding(const Outcome& outcome) {
-    const std::string number = std::to_string(Number(outcome.code()));
-    ending_ = notice_;
-    for (const std::string_view piece :
-         {std::string_view("echo \"Recorded Exit Code = "), std::string_view(number),
-          std::string_view(", This Exit Code = $?\"\n\n# EXIT CODE: "), std::string_view(number),
-          std::string_view("\n")}) {
-        ending_ += piece;
-    }
+static void AppendExitCode(const Outcome& outcome, std::string& text) {
+    text += "# EXIT CODE: ";
+    text += std::to_string(Number(outcome.code())) + '\n';
     if (outcome.ok()) {
-        ending_ += '\n';
+        text += '\n';
     } else {
-        AppendErrorBlock(outcome.message(), ending_);
+        AppendErrorBlock(outcome.message(), text);
     }
+}
+
+void TransactionLog::MakeEnding(const Outcome& outcome) {
+    ending_ = notice_;
+    ending_ += "echo \"Recorded Exit Code = ";
+    ending_ += std::to_string(Number(outcome.code()));
+    ending_ += ", This Exit Code = $?\"\n\n";
+    AppendExitCode(outcome, ending_);
 }
 
 // Replaces a log, whose lock is held, by what "write" writes to the descriptor that it is given:
@@ -222,18 +241,25 @@ static bool AppendToLocked(const OpenedFile& log, std::string_view text) {
     return written;
 }
 
-// Appends the entry to the file that bears the log's name once its lock is held: another run may
+// Appends the text to the file that bears the log's name once its lock is held: another run may
 // have moved the one that this run opened.
-void TransactionLog::AppendEntry() {
+void TransactionLog::AppendText() {
     for (int i = 0; i < kMostChanges && file_.fd.IsOpen(); ++i) {
         LockLog(file_);
         if (IsSameFile(file_.fd.get(), paths::kLog)) {
-            static_cast<void>(AppendToLocked(file_, entry_));
+            static_cast<void>(AppendToLocked(file_, text_));
             break;
         }
         static_cast<void>(OpenLog());
     }
     file_ = {};
+}
+
+void TransactionLog::Append() {
+    if (is_begun_ && !is_appended_ && !text_.empty()) {
+        AppendText();
+    }
+    is_appended_ = true;
 }
 
 // Puts "changed" in the place of the text "present" in one generation of the log. False when it is
@@ -252,18 +278,52 @@ static bool AmendIn(const char* path, const std::string& present, const std::str
     return ReplaceLog(log, [&text](int to) { return WriteAll(to, text); });
 }
 
-// Puts the ending in the place of the one that the entry was appended with, wherever it is by now.
+// Puts the ending in the place of the one that the text was appended with, wherever it is by now.
 // An amendment for which there is no memory is lost like one for which there is no room.
-void TransactionLog::AmendEntry() {
+void TransactionLog::AmendText() {
     try {
-        const std::string present = entry_;
-        entry_.replace(entry_.size() - ending_size_, ending_size_, ending_);
-        if (!AmendIn(paths::kLog, present, entry_)) {
-            static_cast<void>(AmendIn(paths::kOldLog, present, entry_));
+        const std::string present = text_;
+        text_.replace(place_.at, place_.size, ending_);
+        if (!AmendIn(paths::kLog, present, text_)) {
+            static_cast<void>(AmendIn(paths::kOldLog, present, text_));
         }
     } catch (const std::bad_alloc&) {
         return;
     }
+}
+
+void TransactionLog::Expect(std::span<const ScriptCommand> commands) {
+    // Of an entry without its words and input; and what stands around a word.
+    static constexpr size_t kEntry = 320;
+    static constexpr size_t kAround = 3;
+    size_t size = kLargestEnding;
+    for (const ScriptCommand& command : commands) {
+        size += kEntry + command.input.value_or("").size();
+        for (const char* word : command.words) {
+            size += strlen(word) + kAround;
+        }
+    }
+    text_.reserve(size);
+}
+
+TransactionLog::Ending TransactionLog::LogRun(std::span<const char* const> words,
+                                              std::optional<std::string_view> input,
+                                              const Outcome& outcome) {
+    BeginEntry(words);
+    if (input) {
+        AddInput(*input);
+    }
+    MakeEnding(outcome);
+    text_ += ending_;
+    place_.size = ending_.size();
+    return place_;
+}
+
+void TransactionLog::LogRefusal(std::string_view lines, const Outcome& outcome) {
+    text_ = Banner();
+    text_ += lines;
+    text_ += '\n';
+    AppendExitCode(outcome, text_);
 }
 
 void TransactionLog::PutMsg(std::string_view message) {
@@ -276,15 +336,14 @@ void TransactionLog::PutMsg(std::string_view message) {
 
 void TransactionLog::PutExitCode(const Outcome& outcome) {
     MakeEnding(outcome);
-    if (!is_begun_ || (is_appended_ && entry_.ends_with(ending_))) {
+    if (!is_begun_) {
         return;
     }
-    if (is_appended_) {
-        AmendEntry();
-    } else {
-        entry_ += ending_;
-        AppendEntry();
+    if (!is_appended_) {
+        text_.replace(place_.at, place_.size, ending_);
+        Append();
+    } else if (text_.compare(place_.at, place_.size, ending_) != 0) {
+        AmendText();
     }
-    is_appended_ = true;
-    ending_size_ = ending_.size();
+    place_.size = ending_.size();
 }

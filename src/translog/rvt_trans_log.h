@@ -18,55 +18,89 @@
 // block). Captured standard input follows the command as a here-document, "... <<EOF". A failed web
 // notification puts its error block before the echo line. A log of more than 1 MiB is moved to
 // tqsmgr.log.old when a run begins.
+//
+// A run of many commands leaves an entry for each, as if each had been a run, in one piece; one
+// that is refused leaves an entry of comment lines.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
 #include "base/files.h"
 #include "base/outcome.h"
+#include "translog/change_script.h"
 
-// The entry of one run. While no log could be opened, all but the first do nothing.
+// What one run adds to the log. While none could be opened, all but Open do nothing.
 class TransactionLog {
   public:
-    // Opens the log, rotating or creating it where due, begins the entry with the time and "words",
-    // the program's own first, and reserves room on the disk for the largest entry that the run can
-    // make, so that a run that cannot be recorded changes nothing. kCannotOpen "Cannot open %s";
-    // kWriteFailed with the system's text when a new log cannot be given its group or mode, or
-    // "Write failed for %s" when there is no room.
+    // Where an entry ends in what the run adds: its notice and exit code.
+    struct Ending {
+        size_t at = 0;
+        size_t size = 0;
+    };
+
+    // Opens the log, rotating or creating it where due. kCannotOpen "Cannot open %s"; kWriteFailed
+    // with the system's text when a new log cannot be given its group or mode.
+    Outcome Open();
+
+    // Reserves room on the disk for what is to be added and its largest ending, so that a run that
+    // cannot be recorded changes nothing. kWriteFailed "Write failed for %s" when there is none.
+    Outcome Reserve();
+
+    // Opens the log, begins an entry with the time and "words", the program's own first, and
+    // reserves room for it. Fails as Open and Reserve.
     Outcome LogCommandLine(std::span<const char* const> words);
 
     // Adds "input", the standard input that the run has captured, to the command as a
     // here-document. kWriteFailed "Write failed for %s" when there is no room for it.
     Outcome LogStdIn(std::string_view input);
 
-    // Adds an error block with "message" to the entry. If the entry stands in the log already, it
-    // is put into it there.
+    // Tells of the commands that are to come, so that the text need not move as it grows.
+    void Expect(std::span<const ScriptCommand> commands);
+
+    // Adds the whole entry of a command that has ended so, with the "input" that it has read.
+    Ending LogRun(std::span<const char* const> words, std::optional<std::string_view> input,
+                  const Outcome& outcome);
+
+    // Adds one entry in place of all: comment "lines", each with its line end, code and message.
+    void LogRefusal(std::string_view lines, const Outcome& outcome);
+
+    // Chooses the entry that the functions below speak of; without it, it is the last.
+    void Select(const Ending& ending) { place_ = ending; }
+
+    // Adds an error block with "message" to the entry of a command that was accepted. If the entry
+    // stands in the log already, it is put into it there.
     void PutMsg(std::string_view message);
 
-    // Ends the entry with the run's code, and the message of a failure, and appends it to the log.
-    // If it stands there already, its end is replaced. What cannot be written is lost; the log is
-    // then as it was.
+    // Ends the entry with a code, and the message of a failure, and appends what is to be added to
+    // the log. If it stands there already, the entry's end is replaced. What cannot be written is
+    // lost; the log is then as it was.
     void PutExitCode(const Outcome& outcome);
+
+    // Appends what is to be added, if that has not been done. Lost as above.
+    void Append();
+    [[nodiscard]] bool IsAppended() const { return is_appended_; }
 
   private:
     Outcome OpenLog();
-    Outcome RefuseUnlessRoom();
     [[nodiscard]] bool IsWithinLimit() const;
+    void BeginEntry(std::span<const char* const> words);
+    void AddInput(std::string_view input);
     void MakeEnding(const Outcome& outcome);
-    void AppendEntry();
-    void AmendEntry();
+    void AppendText();
+    void AmendText();
 
-    OpenedFile file_;           // from the start of the run until the entry is appended
+    OpenedFile file_;           // from the start of the run until the text is appended
     bool is_begun_ = false;     // the log could be opened
-    bool is_appended_ = false;  // the entry stands in it, or is lost
-    // Both have the memory for their largest from the start, so that a run that has changed
+    bool is_appended_ = false;  // the text stands in it, or is lost
+    // Both have the memory for their largest once room is reserved, so that a run that has changed
     // something is recorded without needing more.
-    std::string entry_;       // banner, command and here-document, then also what follows
-    std::string ending_;      // notice and exit code
-    std::string notice_;      // error block of a failed notification
-    size_t ending_size_ = 0;  // of the ending that the entry has
+    std::string text_;    // what the run adds
+    std::string ending_;  // of the entry that is chosen, as it shall be
+    std::string notice_;  // error block of a failed notification
+    Ending place_;
 };
 
 // Fills "buffer" of "size" bytes with the local time as "11/16/2026 19:00:05" and returns the

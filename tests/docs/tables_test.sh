@@ -16,7 +16,7 @@ sed -n '/^EXIT STATUS/,/^EXAMPLES/s/^ *\([0-9][0-9]*\) .*/\1/p' "$work/manual" |
 
 {
     sed -n 's/^ *{k[^"]*"[^"]*", *"\([a-z_]*\)".*/-\1/p' src/model/properties.cpp
-    grep -oE -- '-(newname|platform)\b' src/frontend/parse_command.cpp
+    grep -oE -- '-(newname|platform)\b' src/commands/parse_command.cpp
 } | sort -u > "$work/of_table"
 [ "$(wc -l < "$work/of_table")" -ge 17 ] || failures=1
 {

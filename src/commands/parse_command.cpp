@@ -1,4 +1,4 @@
-#include "frontend/parse_command.h"
+#include "commands/parse_command.h"
 
 #include <algorithm>
 #include <string_view>

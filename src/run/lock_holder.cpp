@@ -1,0 +1,63 @@
+#include "run/lock_holder.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <time.h>
+
+#include <algorithm>
+#include <array>
+
+#include "base/calls.h"
+#include "base/files.h"
+#include "base/paths.h"
+
+// The process id in the lock file; empty where there is none.
+static std::string ProcessId(int lock) {
+    std::array<char, 16> number{};
+    const ssize_t size = ReadOnce(lock, number.data(), number.size());
+    const std::string_view text(number.data(), static_cast<size_t>(std::max<ssize_t>(size, 0)));
+    const bool is_number = text.find_first_not_of("0123456789") == std::string_view::npos;
+    return std::string(is_number ? text : "");
+}
+
+// The words of a process with a blank between them.
+static std::string CommandOf(const std::string& process) {
+    static constexpr size_t kMost = 200;
+    std::string command;
+    const FileDescriptor file = OpenForReading((process + "/cmdline").c_str());
+    static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), command));
+    command.resize(std::min(command.find_last_not_of('\0') + 1, kMost));
+    for (char& c : command) {
+        const bool is_control = (c >= 0 && c < ' ') || c == '\x7F';
+        c = c == '\0' ? ' ' : is_control ? '?' : c;
+    }
+    return command;
+}
+
+static std::string UserOf(const struct stat& status) {
+    const struct passwd* user = getpwuid(status.st_uid);
+    return user != nullptr ? user->pw_name : std::to_string(status.st_uid);
+}
+
+std::string DescribeHolder() {
+    const OpenedFile lock = OpenProductFile(paths::kLockFile, O_RDONLY);
+    const std::string number = lock.fd.IsOpen() ? ProcessId(lock.fd.get()) : "";
+    std::string text = "locked";
+    struct stat status {};
+    if (!number.empty()) {
+        const std::string process = "/proc/" + number;
+        text += " by process " + number;
+        if (calls::Stat(process.c_str(), &status) != 0) {
+            text += calls::Stat("/proc/self", &status) == 0 ? ", which is gone" : "";
+        } else {
+            const std::string command = CommandOf(process);
+            text += command.empty() ? "" : " (" + command + ")";
+            text += ", user " + UserOf(status);
+        }
+    }
+    if (lock.fd.IsOpen() && calls::Fstat(lock.fd.get(), &status) == 0) {
+        const time_t age = std::max<time_t>(time(nullptr) - status.st_mtime, 0);
+        text += ", for " + std::to_string(age) + " s";
+    }
+    return text;
+}

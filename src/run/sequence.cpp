@@ -1,0 +1,81 @@
+#include "run/sequence.h"
+
+#include <utility>
+
+#include "daemonconf/kfxconf.h"
+#include "model/lookups.h"
+#include "model/vocabulary.h"
+#include "xml/encoding.h"
+#include "xml/rvt_xml_writer.h"
+#include "xml/walk.h"
+
+// Whether the map can hold the platform's new cache: values can hold what its encoding lacks, a
+// comment or a name cannot.
+Outcome Sequence::FitsCache(const Command& command) {
+    const RVT_XML_Tree& map = std::as_const(inventory_).Tree();
+    if (IsUtf8(EncodingOf(map))) {
+        return {};
+    }
+    const Result<RVT_Node*> platform = inventory_.FindPlatformWithCache(command.name);
+    if (!platform.ok()) {
+        return platform.outcome();
+    }
+    RVT_XML_Tree alone;
+    alone.AddChild(Children(map).First()->Copy());
+    alone.AddChild(FindCache(**platform)->Copy());
+    const Result<bool> fits = FitsItsEncoding(alone);
+    return !fits.ok() || *fits ? fits.outcome()
+                               : Failure(ExitCode::kWriteFailed, "Cannot write to \"%s.tmp\".",
+                                         map_.c_str());
+}
+
+Outcome Sequence::Change(const Command& command, std::string_view document,
+                         const std::string& name) {
+    if (command.action != Action::kUpdateCache) {
+        return Execute(command, inventory_);
+    }
+    RVT_XML_Tree cache;
+    const Result<bool> is_whole = ParseXMLText(document, name, cache);
+    return is_whole.ok()
+               ? Execute(command, inventory_, cache, [&] { return FitsCache(command); })
+               : is_whole.outcome();
+}
+
+// The first element that kfx.conf can have no line of, or null.
+static const RVT_Node* FirstIncomplete(const RVT_Node& map) {
+    for (const RVT_Node& element : LiveElements(map, tag::Platform, tag::Console)) {
+        if (!GetKfxConfData(element).ok()) {
+            return &element;
+        }
+    }
+    return nullptr;
+}
+
+// No command makes an element that is incomplete, so the first one stays it until it is removed.
+Outcome Sequence::HasKfxConf() {
+    const Result<RVT_Node*> map = inventory_.NeedSystemMap(ExitCode::kIncompleteMap);
+    if (is_complete_ || !map.ok()) {
+        return map.outcome();
+    }
+    if (incomplete_ == nullptr || !incomplete_->IsType(RVT_ELEMENT)) {
+        incomplete_ = FirstIncomplete(**map);
+        is_complete_ = incomplete_ == nullptr;
+    }
+    return is_complete_ ? Outcome() : GetKfxConfData(*incomplete_).outcome();
+}
+
+Outcome Sequence::Do(const Command& command, std::string_view document, const std::string& name) {
+    makes_kfxconf_ = false;
+    if (Outcome outcome = Change(command, document, name); !outcome.ok()) {
+        return outcome;
+    }
+    const Follow& follow = RowOf(command.action).follow;
+    changes_.map = changes_.map || follow.map;
+    makes_kfxconf_ = follow.kfxconf;
+    if (!makes_kfxconf_) {
+        return {};
+    }
+    changes_.kfxconf = true;
+    inventory_.MarkKfxConf();
+    return HasKfxConf();
+}
