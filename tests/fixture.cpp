@@ -142,23 +142,3 @@ std::string MapText(const std::string& inside, const std::string& attributes) {
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SystemMap " + attributes;
     return inside.empty() ? start + "/>\n" : start + ">\n" + inside + "</SystemMap>\n";
 }
-
-std::string Prop(int depth, const std::string& name, const std::string& value) {
-    return std::string(static_cast<size_t>(depth), ' ') + "<Property name=\"" + name +
-           "\" readonly=\"false\" value=\"" + value + "\"/>\n";
-}
-
-void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows) {
-    auto before = tree.Files();
-    for (const auto& [words, code, text] : rows) {
-        SCOPED_TRACE(words);
-        const RunResult r = tree.Shell(command + " " + words);
-        const bool is_whole = code == 90 || text.find("tqsmgr: ") != std::string::npos;
-        EXPECT_EQ(r.code, code) << r.err;
-        EXPECT_EQ(r.out, code == 0 ? text : "");
-        EXPECT_EQ(r.err, code == 0 ? "" : (is_whole ? "" : "tqsmgr: ") + text + "\n");
-        auto after = tree.Files();
-        EXPECT_TRUE(code == 0 || after == before);
-        before = std::move(after);
-    }
-}

@@ -21,7 +21,6 @@ inline const std::string kModels = kProduct + "config/models";
 inline const std::string kOsTypes = kProduct + "config/ostypes";
 inline const std::string kEvents = kProduct + "events";
 inline const std::string kLog = kProduct + "logs/tqsmgr.log";
-inline const std::string kOldLog = kProduct + "logs/tqsmgr.log.old";
 // Where the stub notifications note that they were called, a line each: web, kfxd update, lrp.
 inline const std::string kCalls = "calls";
 
@@ -92,19 +91,3 @@ class Tree {
   private:
     std::string root_;
 };
-
-// A run: what stands behind the program's name on a shell's command line, its exit code, and what
-// it prints: on standard output when it succeeds, else its message on standard error, which stands
-// behind the program's name unless it has that name itself or is the one of code 90.
-struct Case {
-    std::string words;
-    int code;
-    std::string text = "";
-};
-
-// Runs "command" with the words of each row. A failed run must print nothing on standard output and
-// change no file; nor may a successful one print errors.
-void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows);
-
-// A property as the program writes it at a depth of "depth" blanks, for values that fit a line.
-std::string Prop(int depth, const std::string& name, const std::string& value);

@@ -1,4 +1,4 @@
-// Elements of maps as the program writes them, and runs on such maps.
+// Elements of maps.
 #pragma once
 
 #include <algorithm>
@@ -32,14 +32,6 @@ inline std::string Replaced(std::string text, const std::string& from, const std
     return text.replace(std::min(text.find(from), text.size()), from.size(), to);
 }
 
-// A switch of a console: the line wraps before the attribute that would pass column 77.
-inline std::string SwitchText(size_t depth, const std::string& name, const std::string& value) {
-    const std::string wrap = "\n" + std::string(depth + 3, ' ');
-    const std::string type =
-        depth == 16 && name != "Enable" ? wrap + " type=\"boolean\"" : " type=\"boolean\"" + wrap;
-    return Replaced(Prop(static_cast<int>(depth), name, value), " value=", type + " value=");
-}
-
 // A platform or console from "ID=1;Name=lab;Address=10.0.0.1", in that order; "~" stands for a
 // missing identifier or property. Switches of consoles have their type but for those with "!".
 inline std::string ElementText(size_t depth, const std::string& tag, const std::string& values,
@@ -54,9 +46,9 @@ inline std::string ElementText(size_t depth, const std::string& tag, const std::
         if (name == "ID") {
             id = value;
         } else if (value != "~") {
-            properties +=
-                typed ? SwitchText(depth + 8, name, value)
-                      : Prop(static_cast<int>(depth) + 8, name.substr(0, name.find('!')), value);
+            properties += pad + "        <Property name=\"" + name.substr(0, name.find('!')) +
+                          "\" readonly=\"false\"" + (typed ? " type=\"boolean\"" : "") +
+                          " value=\"" + value + "\"/>\n";
         }
     }
     return pad + "<" + tag + (id == "~" ? "" : " ID=\"" + id + "\"") + ">\n" + pad +
@@ -92,28 +84,4 @@ inline std::string ConsoleText(size_t depth, const std::string& changes,
                "Events Enabled=true;Enable=true;Event File=;Mapped Port=0;Auth Enabled=true;",
                changes),
         inside);
-}
-
-// A run on a map of these elements, and the elements after it or its message.
-struct MapRun {
-    std::string before, command;
-    int code;
-    std::string result;
-};
-
-inline void Check(const MapRun& run, const std::string& attributes = kAttributes) {
-    SCOPED_TRACE(run.command + "\n" + run.before);
-    const Tree tree;
-    tree.WriteMap(run.before, attributes);
-    const RunResult r = tree.Run(Words(run.command));
-    const bool done = run.code == 0;
-    const bool cache = run.command.find(" cache") != std::string::npos;
-    EXPECT_EQ(r.code, run.code);
-    EXPECT_EQ(r.err, done || run.result.empty() ? "" : "tqsmgr: " + run.result + "\n");
-    EXPECT_EQ(tree.Read(kMap),
-              done ? MapText(run.result, kAttributes) : MapText(run.before, attributes));
-    EXPECT_EQ(tree.Exists(kKfxConf), done && !cache);
-    EXPECT_EQ(tree.Read(kCalls), !done || run.command == "-U" ? "(none)"
-                                 : cache                      ? "web\n"
-                                                              : "web\nkfxd update\nlrp\n");
 }
