@@ -207,7 +207,9 @@ class Reader {
         const Word word = ReadWord();
         if (word.text.empty() && !word.is_quoted) {
             Refuse("a here-document without a delimiter");
-        } else if (delimiter_) {
+            return;
+        }
+        if (delimiter_) {
             Refuse("a second here-document");
         }
         delimiter_ = word;
@@ -232,7 +234,7 @@ class Reader {
                                  .append(text_.substr(0, size))
                                  .starts_with(delimiter_->text)) {
                 // Shells differ in whether that is the end.
-                Refuse(line_, "lines that make the delimiter together");
+                Refuse(line_ - 1, "lines that make the delimiter together");
             }
         }
         Refuse("a here-document without its end");
