@@ -2,10 +2,10 @@
 
 #include <fcntl.h>
 #include <pwd.h>
-#include <time.h>
 
 #include <algorithm>
 #include <array>
+#include <ctime>
 
 #include "base/calls.h"
 #include "base/files.h"
