@@ -50,6 +50,7 @@ TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
         text = MapText(text, kAttributes);
         Inventory together, alone;
         together.Tree() = Parsed(text);
+        text = Text(together);
         for (int i = 0; i < 25; ++i) {
             const Command command = RandomCommand(random, kRules);
             SCOPED_TRACE(text + std::to_string(static_cast<int>(command.action)) + command.name);
