@@ -12,10 +12,6 @@
 
 namespace fs = std::filesystem;
 
-const std::string kKfxConfHeader =
-    "# WARNING!!! This is a computer generated file. DO NOT EDIT.\n"
-    "# Any manual changes will be lost when the file is regenerated.\n";
-
 static std::string ReadFrom(int fd) {
     std::string text;
     for (std::array<char, 65536> some; ssize_t got = read(fd, some.data(), some.size());) {

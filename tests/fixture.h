@@ -24,9 +24,6 @@ inline const std::string kLog = kProduct + "logs/tqsmgr.log";
 // Where the stub notifications note that they were called, a line each: web, kfxd update, lrp.
 inline const std::string kCalls = "calls";
 
-// The two lines at the top of kfx.conf.
-extern const std::string kKfxConfHeader;
-
 // How a run ended and what it printed. "signal" is 0 unless a signal ended it.
 struct RunResult {
     int code = -1;

@@ -46,8 +46,6 @@ while IFS=$'\t' read -r line expected; do
 done <<'TABLE'
 .	-f -nonotify -add -update -remove -view -write -config -security -U -V -h
 -f m -nonotify web -U -ad.	-add
--update .	platform system cache
--security true .	
 -update cache -platform lab1 < .	(files)
 -config daemon.conf -get .	port host
 -add platform -comment -auth -auth .	0 1
@@ -56,7 +54,6 @@ done <<'TABLE'
 -view kfxconf -name .	lab1 db1 \&lt\;\`touch\ evil\`
 -update platform -model .	M100 X\ 9\| \$\(touch\ evil\) a\"b\`c\'d x:y
 -add platform -model 'a.	'a"b`c'\''d
--add platform -model x:.	y
 TABLE
 expect "run for a name" "$(ls evil 2>/dev/null)" ""
 

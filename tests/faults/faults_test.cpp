@@ -37,7 +37,7 @@ std::vector<int> LoggedCodes(std::string log) {
 
 const std::string kConfig = "kfxd.cfg";
 const std::string kTemporaryMap = kMap + ".tmp";
-const std::string kOldKfxConf = kKfxConfHeader + "old 1.2.3.4\n";
+const std::string kOldKfxConf = "old 1.2.3.4\n";
 const std::string kNone = "(none)";
 
 struct Scenario {
