@@ -13,7 +13,6 @@
 #include "base/paths.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
-#include "xml/walk.h"
 
 // In the place of the arena: every piece of memory by itself, so that a step beyond it is seen.
 // Buffers of outputs, the one large kind, are freed for the next input.
@@ -71,39 +70,17 @@ void Require(bool kept, const char* promise) {
     }
 }
 
-// A node and what is below it, a line each. Attribute values are cut as when they are written.
-static void Dump(const RVT_Node& node, std::string& text) {
-    static std::string nowhere;
-    static Output out(nowhere);
-    static XmlPrinter printer(out, false);
-    if (node.IsType(RVT_DELETED)) {
-        return;
-    }
-    const bool is_attribute = node.IsType(RVT_ATTRIBUTE);
-    for (const RVT_NODE_TYPE type : {RVT_ELEMENT, RVT_ATTRIBUTE, RVT_COMMENT, RVT_XML_DECL}) {
-        text += node.IsType(type) ? 'x' : '-';
-    }
-    std::string value(is_attribute ? printer.DoEntityReferenceReplacement(node.GetValue())
-                                   : node.GetValue());
-    std::replace_if(
-        value.begin(), value.end(), [](char c) { return c == '\t' || c == '\n' || c == '\r'; },
-        ' ');
-    text.append(node.GetName()).append("=").append(value).append("\n");
-    for (const RVT_Node& attribute : Attributes(node)) {
-        Dump(attribute, text);
-    }
-    for (const RVT_Node& child : Children(node)) {
-        Dump(child, text);
-    }
-    text += ")\n";
-}
-
 std::string Dump(const RVT_XML_Tree& tree) {
-    std::string text;
-    for (const RVT_Node& node : Children(tree)) {
-        Dump(node, text);
+    std::string text, dump;
+    Output out(text);
+    Require(PrintTree(out, tree).ok() && out.Flush(), "a tree can be printed");
+    for (const char c : text) {
+        const bool is_space = c == ' ' || c == '\t' || c == '\n' || c == '\r';
+        if (!is_space || !dump.ends_with(' ')) {
+            dump += is_space ? ' ' : c;
+        }
     }
-    return text;
+    return dump;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv);

@@ -18,6 +18,5 @@ bool CanRead(const char* path, RVT_XML_Tree& tree);
 // Ends the process, as a finding, when a promise is not kept.
 void Require(bool kept, const char* promise);
 
-// All that is left of a tree, a line for each node. White space in values is alike, and over-long
-// values are cut as they are in a map.
+// What is written of a tree. White space is alike, however much there is.
 std::string Dump(const RVT_XML_Tree& tree);

@@ -1,15 +1,19 @@
 #!/usr/bin/env bash
-# Installs what the tests need, builds the program as it is shipped and with sanitizers, and runs
-# all tests of both. Further arguments go to ctest, for example: scripts/test.sh -R security
+# Installs what the tests need, refuses sources that clang-format would change or clang-tidy finds
+# fault with, builds the program as it is shipped and with sanitizers, and runs all tests of both.
+# Further arguments go to ctest, for example: scripts/test.sh -R security
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
 
 # shellcheck disable=SC2086
-need $build_packages libgtest-dev libxml2-utils shellcheck mandoc make dpkg-dev file
+need $build_packages libgtest-dev libxml2-utils shellcheck mandoc make dpkg-dev file \
+    clang-format clang-tidy
+echo "Looking at the format of the sources ..."
+find src tests fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 | xargs -0 clang-format --dry-run -Werror
 builds=$(builds)
 configure release "$builds/release" -DTQS_TESTS=ON
-configure sanitizers "$builds/sanitizers"
+configure sanitizers "$builds/sanitizers" -DTQS_TIDY=ON
 for tree in release sanitizers; do
     echo "Building $builds/$tree ..."
     cmake --build "$builds/$tree" -j "$jobs" -- --quiet

@@ -69,7 +69,8 @@ static const std::string kRules =
     "-port P -type Y|-add system -name N W -port P|-add system -name N W -port P|-update system "
     "-name N C C|-update platform -name N C C|-update system -name N -addr A -port P|-remove K "
     "-name N|V cache -platform N|-security S;W|-platform N|-platform N|-addr A;K|platform|system|"
-    "system;V|-update|-update|-remove;C|-newname N|-addr A|-port P|-mport 7|-mport 8|-comment S|"
+    "system;V|-update|-update|-remove;C|-newname N|-addr A|-port P|-comment 7|-comment 8|-comment "
+    "S|"
     "-logging B|-events "
     "B;Y|aix|linux;S|true|false;B|0|1;A|1.1.1.1|1.1.1.2|1.1.1.3|1.1.1.4;P|1|2|3|4;"
     "N|a|A|b|B|c|C|d|e|f|g";

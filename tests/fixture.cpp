@@ -12,10 +12,6 @@
 
 namespace fs = std::filesystem;
 
-const std::string kKfxConfHeader =
-    "# WARNING!!! This is a computer generated file. DO NOT EDIT.\n"
-    "# Any manual changes will be lost when the file is regenerated.\n";
-
 static std::string ReadFrom(int fd) {
     std::string text;
     for (std::array<char, 65536> some; ssize_t got = read(fd, some.data(), some.size());) {
@@ -101,8 +97,12 @@ Running Tree::Start(const std::vector<std::string>& words, const std::string& in
     return {pid, out[0], err[0]};
 }
 
-RunResult Tree::Shell(const std::string& command) const {
-    return Start({"-c", "PATH=path:$PATH\n" + command}, "", "/bin/sh").Wait();
+RunResult Tree::Shell(const std::string& command, const std::string& input) const {
+    const std::string names =
+        "PATH=path:$PATH M=" + kMap + " L=" + kLock + " K=" + kKfxConf + " LOG=" + kLog +
+        " C=usr/opt/tqs/config G=" + OtherGroup() +
+        "\nwaiting() { grep -c -- \"-> FLOCK.*:$(stat -c %i $1) \" /proc/locks; }\n";
+    return Start({"-c", names + command}, input, "/bin/sh").Wait();
 }
 
 std::string Tree::Read(const std::string& path) const {
@@ -137,24 +137,4 @@ std::string MapText(const std::string& inside, const std::string& attributes) {
     const std::string start =
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<SystemMap " + attributes;
     return inside.empty() ? start + "/>\n" : start + ">\n" + inside + "</SystemMap>\n";
-}
-
-std::string Prop(int depth, const std::string& name, const std::string& value) {
-    return std::string(static_cast<size_t>(depth), ' ') + "<Property name=\"" + name +
-           "\" readonly=\"false\" value=\"" + value + "\"/>\n";
-}
-
-void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows) {
-    auto before = tree.Files();
-    for (const auto& [words, code, text] : rows) {
-        SCOPED_TRACE(words);
-        const RunResult r = tree.Shell(command + " " + words);
-        const bool is_whole = code == 90 || text.find("tqsmgr: ") != std::string::npos;
-        EXPECT_EQ(r.code, code) << r.err;
-        EXPECT_EQ(r.out, code == 0 ? text : "");
-        EXPECT_EQ(r.err, code == 0 ? "" : (is_whole ? "" : "tqsmgr: ") + text + "\n");
-        auto after = tree.Files();
-        EXPECT_TRUE(code == 0 || after == before);
-        before = std::move(after);
-    }
 }

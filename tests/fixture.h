@@ -21,12 +21,8 @@ inline const std::string kModels = kProduct + "config/models";
 inline const std::string kOsTypes = kProduct + "config/ostypes";
 inline const std::string kEvents = kProduct + "events";
 inline const std::string kLog = kProduct + "logs/tqsmgr.log";
-inline const std::string kOldLog = kProduct + "logs/tqsmgr.log.old";
 // Where the stub notifications note that they were called, a line each: web, kfxd update, lrp.
 inline const std::string kCalls = "calls";
-
-// The two lines at the top of kfx.conf.
-extern const std::string kKfxConfHeader;
 
 // How a run ended and what it printed. "signal" is 0 unless a signal ended it.
 struct RunResult {
@@ -70,8 +66,9 @@ class Tree {
     [[nodiscard]] Running Start(const std::vector<std::string>& words,
                                 const std::string& input = "",
                                 const std::string& binary = TQSMGR_TEST) const;
-    // Runs a shell command in the folder, with the program as "tqsmgr" in the search path.
-    [[nodiscard]] RunResult Shell(const std::string& command) const;
+    // Runs a shell command in the folder, with the programs "tqsmgr" and "tqs" in the search path
+    // and the paths of map, lock, kfx.conf and log as M, L, K and LOG, another group as G.
+    [[nodiscard]] RunResult Shell(const std::string& command, const std::string& input = "") const;
 
     // The content of a file; "(none)" when there is no such file.
     [[nodiscard]] std::string Read(const std::string& path) const;
@@ -91,19 +88,3 @@ class Tree {
   private:
     std::string root_;
 };
-
-// A run: what stands behind the program's name on a shell's command line, its exit code, and what
-// it prints: on standard output when it succeeds, else its message on standard error, which stands
-// behind the program's name unless it has that name itself or is the one of code 90.
-struct Case {
-    std::string words;
-    int code;
-    std::string text = "";
-};
-
-// Runs "command" with the words of each row. A failed run must print nothing on standard output and
-// change no file; nor may a successful one print errors.
-void ExpectRuns(const Tree& tree, const std::string& command, const std::vector<Case>& rows);
-
-// A property as the program writes it at a depth of "depth" blanks, for values that fit a line.
-std::string Prop(int depth, const std::string& name, const std::string& value);

@@ -31,7 +31,7 @@ static const std::string kRules =
     "T|-add platform -name M -model M100 -addr A -port P|-add system -name M W -port P|"
     "-update K -name N C C|-remove K -name N|V cache -platform N|-update platform -name a C;"
     "W|-platform a|-addr A|-addr A;K|platform|system|system;V|-update|-remove;"
-    "C|-newname N|-addr A|-addr A|-port P|-mport 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;"
+    "C|-newname N|-addr A|-addr A|-port P|-comment 7;A|1.1.1.1|1.1.1.2|1.1.1.3;P|1|2|3;"
     "M|a|b|c|d|e|f|g|h|i|j|k;N|a|a|A|b|c|c|d|e";
 
 TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
@@ -50,6 +50,7 @@ TEST(Inventory, LeavesWhatEachCommandAloneWouldLeave) {
         text = MapText(text, kAttributes);
         Inventory together, alone;
         together.Tree() = Parsed(text);
+        text = Text(together);
         for (int i = 0; i < 25; ++i) {
             const Command command = RandomCommand(random, kRules);
             SCOPED_TRACE(text + std::to_string(static_cast<int>(command.action)) + command.name);

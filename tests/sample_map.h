@@ -1,4 +1,4 @@
-// Elements of maps as the program writes them, and runs on such maps.
+// Elements of maps.
 #pragma once
 
 #include <algorithm>
@@ -9,7 +9,6 @@
 
 inline const std::string kAttributes = R"(serial="9" security="false" version="3.0")";
 
-// clang-format off
 // The parts of "text" that are not empty.
 inline std::vector<std::string> Split(const std::string& text, char separator) {
     std::vector<std::string> parts;
@@ -33,29 +32,28 @@ inline std::string Replaced(std::string text, const std::string& from, const std
     return text.replace(std::min(text.find(from), text.size()), from.size(), to);
 }
 
-// A switch of a console: the line wraps before the attribute that would pass column 77.
-inline std::string SwitchText(size_t depth, const std::string& name, const std::string& value) {
-    const std::string wrap = "\n" + std::string(depth + 3, ' ');
-    const std::string type = depth == 16 && name != "Enable" ? wrap + " type=\"boolean\"" : " type=\"boolean\"" + wrap;
-    return Replaced(Prop(static_cast<int>(depth), name, value), " value=", type + " value=");
-}
-
-// A platform or console from "ID=1;Name=lab;Address=10.0.0.1", in that order; "~" stands for a missing identifier or property.
-inline std::string ElementText(size_t depth, const std::string& tag, const std::string& values, const std::string& inside = "") {
+// A platform or console from "ID=1;Name=lab;Address=10.0.0.1", in that order; "~" stands for a
+// missing identifier or property. Switches of consoles have their type but for those with "!".
+inline std::string ElementText(size_t depth, const std::string& tag, const std::string& values,
+                               const std::string& inside = "") {
     const std::string pad(depth, ' ');
     std::string id, properties;
     for (const std::string& pair : Split(values, ';')) {
         const std::string name = pair.substr(0, pair.find('='));
         const std::string value = pair.substr(name.size() + 1);
-        const bool typed = tag == "Console" && (name == "Logging Enabled" || name == "Events Enabled" || name == "Enable");
+        const bool typed = tag == "Console" && (name == "Logging Enabled" ||
+                                                name == "Events Enabled" || name == "Enable");
         if (name == "ID") {
             id = value;
         } else if (value != "~") {
-            properties += typed ? SwitchText(depth + 8, name, value) : Prop(static_cast<int>(depth) + 8, name, value);
+            properties += pad + "        <Property name=\"" + name.substr(0, name.find('!')) +
+                          "\" readonly=\"false\"" + (typed ? " type=\"boolean\"" : "") +
+                          " value=\"" + value + "\"/>\n";
         }
     }
-    return pad + "<" + tag + (id == "~" ? "" : " ID=\"" + id + "\"") + ">\n" + pad + "    <PropertyMap ID=\"" + id + ".pmap\">\n" +
-           properties + pad + "    </PropertyMap>\n" + inside + pad + "</" + tag + ">\n";
+    return pad + "<" + tag + (id == "~" ? "" : " ID=\"" + id + "\"") + ">\n" + pad +
+           "    <PropertyMap ID=\"" + id + ".pmap\">\n" + properties + pad +
+           "    </PropertyMap>\n" + inside + pad + "</" + tag + ">\n";
 }
 
 // "values" with those of "changes" in their places.
@@ -67,30 +65,23 @@ inline std::string Merged(std::string values, const std::string& changes) {
     return values;
 }
 
-// What an element has that was added without options, with "changes"; consoles at a depth of 8 (inside a platform) or 4 (standalone).
+// What an element has that was added without options, with "changes"; consoles at a depth of 8
+// (inside a platform) or 4 (standalone).
 inline std::string PlatformText(const std::string& changes, const std::string& inside = "") {
-    return ElementText(4, "Platform", Merged(";ID=;Name=;Address=;Port Number=;Model=M100;Description=;Template=;Logging Enabled=true;"
-        "Events Enabled=true;Enable=true;Event File=;Mapped Port=0;Auth Enabled=true;First TS Port=2001;Last TS Port=2008;", changes), inside);
+    return ElementText(4, "Platform",
+                       Merged(";ID=;Name=;Address=;Port "
+                              "Number=;Model=M100;Description=;Template=;Logging Enabled=true;"
+                              "Events Enabled=true;Enable=true;Event File=;Mapped Port=0;Auth "
+                              "Enabled=true;First TS Port=2001;Last TS Port=2008;",
+                              changes),
+                       inside);
 }
-inline std::string ConsoleText(size_t depth, const std::string& changes) {
-    return ElementText(depth, "Console", Merged(";ID=;Address=;Name=;Type=Unknown;Port Number=;Description=;Logging Enabled=true;"
-        "Events Enabled=true;Enable=true;Event File=;Mapped Port=0;Auth Enabled=true;", changes));
+inline std::string ConsoleText(size_t depth, const std::string& changes,
+                               const std::string& inside = "") {
+    return ElementText(
+        depth, "Console",
+        Merged(";ID=;Address=;Name=;Type=Unknown;Port Number=;Description=;Logging Enabled=true;"
+               "Events Enabled=true;Enable=true;Event File=;Mapped Port=0;Auth Enabled=true;",
+               changes),
+        inside);
 }
-
-// A run on a map of these elements, and the elements after it or its message.
-struct MapRun { std::string before, command; int code; std::string result; };
-
-inline void Check(const MapRun& run, const std::string& attributes = kAttributes) {
-    SCOPED_TRACE(run.command + "\n" + run.before);
-    const Tree tree;
-    tree.WriteMap(run.before, attributes);
-    const RunResult r = tree.Run(Words(run.command));
-    const bool done = run.code == 0;
-    const bool cache = run.command.find(" cache") != std::string::npos;
-    EXPECT_EQ(r.code, run.code);
-    EXPECT_EQ(r.err, done || run.result.empty() ? "" : "tqsmgr: " + run.result + "\n");
-    EXPECT_EQ(tree.Read(kMap), done ? MapText(run.result, kAttributes) : MapText(run.before, attributes));
-    EXPECT_EQ(tree.Exists(kKfxConf), done && !cache);
-    EXPECT_EQ(tree.Read(kCalls), !done || run.command == "-U" ? "(none)" : cache ? "web\n" : "web\nkfxd update\nlrp\n");
-}
-// clang-format on

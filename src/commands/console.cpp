@@ -24,7 +24,9 @@ Outcome HasParent(Change& change) {
     }
     change.place.platform = *platform;
     const auto address = GetPropertyValue(**platform, kAddress);
-    change.values[kAddress] = address.value_or("");
+    if (address && !address->empty()) {
+        change.values[kAddress] = *address;
+    }
     return address ? Outcome() : PropertyMissing(**platform, kAddress);
 }
 

@@ -21,9 +21,9 @@ struct Source {
     [[nodiscard]] std::string Name() const;
 };
 
-// Reads a map, or what a file in CSV or JSON says; that one has no inventory yet. kNotWellFormed for
-// what cannot be read, kIncompleteMap for a map without a root, or as ReadInventoryFile; the cause
-// has the place.
+// Reads a map, or what a file in CSV or JSON says; that one has no inventory yet. kNotWellFormed
+// for what cannot be read, kIncompleteMap for a map without a root, or as ReadInventoryFile; the
+// cause has the place.
 Result<Source> ReadSource(const std::string& path);
 
 // Gives a file in CSV or JSON its inventory, with what it does not say from "present". Fails as

@@ -64,7 +64,7 @@ namespace {
 
 // What an oddity is found in, told before it: nothing, or a word and a name.
 struct Where {
-    std::string_view word = "";
+    std::string_view word;
     std::optional<std::string_view> name = std::nullopt;
 
     [[nodiscard]] std::string Text(std::string_view more) const {
@@ -277,7 +277,8 @@ static std::string EscapeOf(int code) {
         return "";
     }
     std::array<char, sizeof "\\u0000"> number{};
-    snprintf(number.data(), number.size(), "\\u%04x", static_cast<unsigned>(code) & 0xFFFFU);
+    static_cast<void>(
+        snprintf(number.data(), number.size(), "\\u%04x", static_cast<unsigned>(code) & 0xFFFFU));
     return number.data();
 }
 

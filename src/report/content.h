@@ -36,7 +36,7 @@ std::string Label(const Element& item);
 struct Oddity {
     std::string what;
     std::string text;
-    auto operator<=>(const Oddity&) const = default;
+    auto operator<=>(const Oddity&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 struct Content {

@@ -58,6 +58,7 @@ std::vector<Crowd::Group> Crowd::FindGroups() const {
         }
     }
     std::vector<Group> found;
+    found.reserve(groups.size());
     for (auto& [first_of_all, group] : groups) {
         found.push_back(std::move(group));
     }

@@ -155,7 +155,7 @@ Outcome WriteConfigFile(const std::string& path, const std::string& argument,
 }
 
 Result<std::string> ReadConfigFile(const std::string& path, std::string_view variable) {
-    const Result<std::string> text = ReadWholeFile(path);
+    Result<std::string> text = ReadWholeFile(path);
     if (!text.ok()) {
         return text;
     }

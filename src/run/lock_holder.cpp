@@ -2,12 +2,12 @@
 
 #include <fcntl.h>
 #include <pwd.h>
-#include <signal.h>
-#include <time.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
+#include <ctime>
 
 #include "base/calls.h"
 #include "base/files.h"

@@ -2,11 +2,11 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
+#include <ctime>
 #include <string>
 
 #include "base/calls.h"

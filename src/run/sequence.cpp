@@ -24,9 +24,9 @@ Outcome Sequence::FitsCache(const Command& command) {
     alone.AddChild(Children(map).First()->Copy());
     alone.AddChild(FindCache(**platform)->Copy());
     const Result<bool> fits = FitsItsEncoding(alone);
-    return !fits.ok() || *fits ? fits.outcome()
-                               : Failure(ExitCode::kWriteFailed, "Cannot write to \"%s.tmp\".",
-                                         map_.c_str());
+    return !fits.ok() || *fits
+               ? fits.outcome()
+               : Failure(ExitCode::kWriteFailed, "Cannot write to \"%s.tmp\".", map_.c_str());
 }
 
 Outcome Sequence::Change(const Command& command, std::string_view document,
@@ -36,9 +36,8 @@ Outcome Sequence::Change(const Command& command, std::string_view document,
     }
     RVT_XML_Tree cache;
     const Result<bool> is_whole = ParseXMLText(document, name, cache);
-    return is_whole.ok()
-               ? Execute(command, inventory_, cache, [&] { return FitsCache(command); })
-               : is_whole.outcome();
+    return is_whole.ok() ? Execute(command, inventory_, cache, [&] { return FitsCache(command); })
+                         : is_whole.outcome();
 }
 
 // The first element that kfx.conf can have no line of, or null.

@@ -15,8 +15,7 @@
 class Sequence {
   public:
     // On the "inventory" of a map that was read from the path "map". Both must outlive it.
-    Sequence(Inventory& inventory, std::string map)
-        : inventory_(inventory), map_(std::move(map)) {}
+    Sequence(Inventory& inventory, std::string map) : inventory_(inventory), map_(std::move(map)) {}
 
     // Makes the change that a command asks for; "document" is what -update cache reads, "name" what
     // messages call it. Fails as the run of the command would, but for what happens to files: as

@@ -1,6 +1,6 @@
-// Change scripts: texts of commands in the shell's plain quoting, one a line, as the log is one. What
-// is read here means the same to a shell; whatever a shell would expand, or do besides running the
-// program, is refused.
+// Change scripts: texts of commands in the shell's plain quoting, one a line, as the log is one.
+// What is read here means the same to a shell; whatever a shell would expand, or do besides running
+// the program, is refused.
 //
 //     tqsmgr -update system -name db1 -comment 'row 7'    # a comment
 //     tqsmgr -update cache -platform lab1 <<EOF
@@ -19,9 +19,9 @@
 #include <vector>
 
 struct ScriptCommand {
-    size_t line;                             // of its first word, from 1
-    std::span<const char* const> words;      // the program's own first; kept for the whole run
-    std::optional<std::string_view> input;   // the here-document behind it; kept like the words
+    size_t line;                            // of its first word, from 1
+    std::span<const char* const> words;     // the program's own first; kept for the whole run
+    std::optional<std::string_view> input;  // the here-document behind it; kept like the words
 };
 
 // What no change script may hold.

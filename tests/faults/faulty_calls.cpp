@@ -148,7 +148,6 @@ ssize_t MakeWrite(const char* name, int fd, long size, off_t offset, Put put) {
 
 }  // namespace
 
-// clang-format off
 namespace calls {
 
 int Open(int folder, const char* name, int flags, mode_t mode) {
@@ -172,13 +171,18 @@ int Close(int fd) {
     errno = result == 0 ? errno : cause;
     return closed ? result : -1;
 }
-ssize_t Read(int fd, void* buffer, size_t size) { return Make("Read", PathOf(fd), [&] { return read(fd, buffer, size); }); }
+ssize_t Read(int fd, void* buffer, size_t size) {
+    return Make("Read", PathOf(fd), [&] { return read(fd, buffer, size); });
+}
 ssize_t Write(int fd, const void* data, size_t size) {
-    const off_t offset = (fcntl(fd, F_GETFL) & O_APPEND) != 0 ? StatusOf(fd).st_size : lseek(fd, 0, SEEK_CUR);
-    return MakeWrite("Write", fd, static_cast<long>(size), offset, [&](size_t n) { return write(fd, data, n); });
+    const off_t offset =
+        (fcntl(fd, F_GETFL) & O_APPEND) != 0 ? StatusOf(fd).st_size : lseek(fd, 0, SEEK_CUR);
+    return MakeWrite("Write", fd, static_cast<long>(size), offset,
+                     [&](size_t n) { return write(fd, data, n); });
 }
 ssize_t Pwrite(int fd, const void* data, size_t size, off_t offset) {
-    return MakeWrite("Pwrite", fd, static_cast<long>(size), offset, [&](size_t n) { return pwrite(fd, data, n, offset); });
+    return MakeWrite("Pwrite", fd, static_cast<long>(size), offset,
+                     [&](size_t n) { return pwrite(fd, data, n, offset); });
 }
 int BeginWriteback(int) {
     return 0;
@@ -194,7 +198,16 @@ int Fsync(int fd) {
     }
     return result;
 }
-int Ftruncate(int fd, off_t length) { return Make("Ftruncate", PathOf(fd), [&] { return ftruncate(fd, length); }); }
+int Ftruncate(int fd, off_t length) {
+    // The lock file is its owner's to cut as long as it is held.
+    const std::string path = PathOf(fd);
+    const int other = path.ends_with(".lock") ? open(path.c_str(), O_RDONLY | O_CLOEXEC) : -1;
+    if (other >= 0 && flock(other, LOCK_EX | LOCK_NB) == 0) {
+        abort();
+    }
+    close(other);
+    return Make("Ftruncate", PathOf(fd), [&] { return ftruncate(fd, length); });
+}
 int Reserve(int fd, off_t offset, off_t length) {
     const bool fits = !Is("full") || IsSpared(fd) || (fault.number == 0 && length <= fault.at);
     if (!fits) {
@@ -204,16 +217,34 @@ int Reserve(int fd, off_t offset, off_t length) {
         errno = fault.number == 0 ? ENOSPC : EOPNOTSUPP;
         return -1;
     }
-    return Make("Reserve", PathOf(fd), [&] { return fallocate(fd, FALLOC_FL_KEEP_SIZE, offset, length); });
+    return Make("Reserve", PathOf(fd),
+                [&] { return fallocate(fd, FALLOC_FL_KEEP_SIZE, offset, length); });
 }
-int Flock(int fd, int operation) { return Make(operation == LOCK_UN ? "Unlock" : "Flock", PathOf(fd), [&] { return flock(fd, operation); }); }
-int SetFlags(int fd, int flags) { return Make("SetFlags", PathOf(fd), [&] { return fcntl(fd, F_SETFL, flags); }); }
-int Fchown(int fd, gid_t group) { return Make("Fchown", PathOf(fd), [&] { return fchown(fd, static_cast<uid_t>(-1), group); }); }
-int Fchmod(int fd, mode_t mode) { return Make("Fchmod", PathOf(fd), [&] { return fchmod(fd, mode); }); }
-int Stat(const char* path, struct stat* status) { return Make("Stat", path, [&] { return stat(path, status); }); }
-int Fstat(int fd, struct stat* status) { return Make("Fstat", PathOf(fd), [&] { return fstat(fd, status); }); }
-ssize_t Readlink(int link, char* buffer, size_t size) { return Make("Readlink", PathOf(link), [&] { return readlinkat(link, "", buffer, size); }); }
-bool IsOnProc(int) { return false; }
+int Flock(int fd, int operation) {
+    return Make(operation == LOCK_UN ? "Unlock" : "Flock", PathOf(fd),
+                [&] { return flock(fd, operation); });
+}
+int SetFlags(int fd, int flags) {
+    return Make("SetFlags", PathOf(fd), [&] { return fcntl(fd, F_SETFL, flags); });
+}
+int Fchown(int fd, gid_t group) {
+    return Make("Fchown", PathOf(fd), [&] { return fchown(fd, static_cast<uid_t>(-1), group); });
+}
+int Fchmod(int fd, mode_t mode) {
+    return Make("Fchmod", PathOf(fd), [&] { return fchmod(fd, mode); });
+}
+int Stat(const char* path, struct stat* status) {
+    return Make("Stat", path, [&] { return stat(path, status); });
+}
+int Fstat(int fd, struct stat* status) {
+    return Make("Fstat", PathOf(fd), [&] { return fstat(fd, status); });
+}
+ssize_t Readlink(int link, char* buffer, size_t size) {
+    return Make("Readlink", PathOf(link), [&] { return readlinkat(link, "", buffer, size); });
+}
+bool IsOnProc(int) {
+    return false;
+}
 int Rename(int folder, const char* from, const char* name) {
     const std::string to = PathIn(folder, name);
     const std::string before = Is("power") ? ContentAt(to) : "";
@@ -223,6 +254,8 @@ int Rename(int folder, const char* from, const char* name) {
     }
     return result;
 }
-int Unlink(int folder, const char* path) { return Make("Unlink", PathIn(folder, path), [&] { return unlinkat(folder, path, 0); }); }
+int Unlink(int folder, const char* path) {
+    return Make("Unlink", PathIn(folder, path), [&] { return unlinkat(folder, path, 0); });
+}
 
 }  // namespace calls
