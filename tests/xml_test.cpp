@@ -21,6 +21,7 @@ static void ExpectRewritten(const Tree& tree, const std::string& in, const std::
 
 TEST(Xml, Rewritten) {
     const Tree tree;
+    const std::string many = Times(200, "    <A\n        b=\"" + Times(300, "\xa4\xa2") + "\"/>\n");
     // clang-format off
     const std::map<std::string, std::string> cases = {
         {"<!--a--><?p i?><SystemMap security=''>text<A b='1'>t<?p i?><!--c\n &amp; --><![CDATA[<z/>]]>"
@@ -42,11 +43,17 @@ TEST(Xml, Rewritten) {
          Declared("iso-8859-1") + "<!--\xe9-->\n" + kSet + " a=\"\xe9&#8364;\"/>\n"},
         {Declared("US-ASCII") + "<SystemMap security='' a='&#233;&#128512;'/>",
          Declared("US-ASCII") + kSet + " a=\"&#233;&#128512;\"/>\n"},
-        // Where the tables of reader and writer differ, or one drops a character, all are references.
+        // Where an encoding does not keep a character, or drops it, all are references. In Shift_JIS
+        // the backslash is one.
         {Declared("Shift_JIS") + "<!--\x83\x5c--><SystemMap security='' a='\x83\x5c'/>",
          Declared("Shift_JIS") + "<!--\x83\x5c-->\n" + kSet + " a=\"\x83\x5c\"/>\n"},
         {Declared("Shift_JIS") + "<!--\x83\x5c--><SystemMap security='' a='&#165;\x83\x5c&#8722;'/>",
          Declared("Shift_JIS") + "<!--\x83\x5c-->\n" + kSet + " a=\"&#165;&#12477;&#8722;\"/>\n"},
+        {Declared("Shift_JIS") + "<SystemMap security='' a='&#92;&#126;'/>",
+         Declared("Shift_JIS") + kSet + " a=\"\\~\"/>\n"},
+        // More than the parser reads at once, which ends within a character.
+        {Declared("EUC-JP") + "<SystemMap security=''>" + many + "</SystemMap>",
+         Declared("EUC-JP") + kSet + ">\n" + many + "</SystemMap>\n"},
         {Declared("ISO-8859-1") + "<SystemMap security='' a='\xe9&#917601;\t'/>",
          Declared("ISO-8859-1") + kSet + " a=\"&#233;&#917601; \"/>\n"}};
     // clang-format on
@@ -73,6 +80,13 @@ TEST(Xml, Rewritten) {
     ExpectRuns(tree, "tqsmgr", {{"-security true", 41, lost}});
     tree.Write(kMap, std::regex_replace(tree.Read(kMap), std::regex("8364"), "917601"));
     ExpectRuns(tree, "tqsmgr", {{"-security true", 41, lost}});
+    // The declaration itself would not be found again.
+    tree.Write(kMap, Declared("UTF-7") + "<SystemMap security=''/>");
+    ExpectRuns(tree, "tqsmgr", {{"-security true", 41, lost}});
+    for (const char* encoding : {"EUC-JP", "EUC"}) {
+        tree.Write(kMap, Declared(encoding) + "<SystemMap security='' a='\xff'/>");
+        ExpectRuns(tree, "tqsmgr -security true 2>error; echo", {{"$?", 0, "20\n"}});
+    }
     // Line breaks, which the next read turns into blanks, are no loss.
     // clang-format off
     tree.Write(kMap, Declared("ISO-8859-1") + "<!DOCTYPE SystemMap [<!ELEMENT SystemMap ANY><!ATTLIST SystemMap "
