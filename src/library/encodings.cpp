@@ -2,11 +2,17 @@
 // here. What the library does not read by itself goes through iconv. See library.h.
 #include <unicode/uset.h>
 
+#include <algorithm>
+#include <array>
 #include <bit>
+#include <cstdint>
+#include <xercesc/framework/XMLRecognizer.hpp>
+#include <xercesc/util/TransENameMap.hpp>
 #include <xercesc/util/Transcoders/ICU/ICUTransService.hpp>
 #include <xercesc/util/TranscodingException.hpp>
 #include <xercesc/util/XMLExceptMsgs.hpp>
 #include <xercesc/util/XMLString.hpp>
+#include <xercesc/util/XMLUTF8Transcoder.hpp>
 
 #include "base/text.h"
 #include "library/converter.h"
@@ -58,6 +64,39 @@ class Decoder : public XMLTranscoder {
     Converter converter_;
 };
 
+// The library's own for UTF-8, which takes each byte by itself, after a run of ASCII.
+class Utf8Decoder : public XMLUTF8Transcoder {
+  public:
+    using XMLUTF8Transcoder::XMLUTF8Transcoder;
+
+    XMLSize_t transcodeFrom(const XMLByte* bytes, XMLSize_t count, XMLCh* characters,
+                            XMLSize_t most, XMLSize_t& used, unsigned char* sizes) override {
+        const XMLSize_t ascii = PassAscii({bytes, std::min(count, most)}, characters);
+        used = 0;
+        const XMLSize_t made = XMLUTF8Transcoder::transcodeFrom(
+            bytes + ascii, count - ascii, characters + ascii, most - ascii, used, sizes);
+        used += ascii;
+        return ascii + made;
+    }
+
+  private:
+    // How much of the front of "bytes" is ASCII, in whole words.
+    static XMLSize_t PassAscii(std::span<const XMLByte> bytes, XMLCh* characters) {
+        constexpr uint64_t kBeyondAscii = 0x8080808080808080;
+        std::array<XMLByte, sizeof kBeyondAscii> piece{};
+        XMLSize_t passed = 0;
+        for (; passed + piece.size() <= bytes.size(); passed += piece.size()) {
+            // A copy, so that the compiler knows it from the characters.
+            std::copy_n(&bytes[passed], piece.size(), piece.begin());
+            if ((std::bit_cast<uint64_t>(piece) & kBeyondAscii) != 0) {
+                break;
+            }
+            std::ranges::copy(piece, characters + passed);
+        }
+        return passed;
+    }
+};
+
 // What the library takes for the encoding of the user's texts is the program's own. It asks for
 // numbers, names of time zones and the like alone.
 class OwnText : public XMLLCPTranscoder {
@@ -106,7 +145,10 @@ XMLTranscoder* ICUTransService::makeNewXMLTranscoder(const XMLCh* name, Codes& r
     }
     return decoder;
 }
+// The library calls this as soon as it has entered its own encodings into its tables.
 XMLLCPTranscoder* ICUTransService::makeNewLCPTranscoder(MemoryManager* manager) {
+    gMappingsRecognizer->setElementAt(new ENameMapFor<Utf8Decoder>(XMLUni::fgUTF8EncodingString),
+                                      XMLRecognizer::UTF_8);
     return new (manager) OwnText;
 }
 
