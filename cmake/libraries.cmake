@@ -21,15 +21,19 @@ find_path(JSON_INCLUDE nlohmann/json.hpp REQUIRED)
 add_library(tqs_headers INTERFACE)
 target_include_directories(tqs_headers SYSTEM INTERFACE ${CLI11_INCLUDE} ${JSON_INCLUDE})
 
-# The files that define parts of the library anew, for the version whose parts were looked at.
+# The files that define parts of the library anew; the list of its start for the version whose list
+# was looked at.
 set(known_version 3.2.4)
 file(STRINGS ${XERCES_INCLUDE}/xercesc/util/XercesVersion.hpp version
   REGEX "^#define XERCES_VERSION_(MAJOR|MINOR|REVISION) +[0-9]+")
 list(TRANSFORM version REPLACE ".* " "")
 list(JOIN version . version)
 set(TQS_KEPT_OUT src/library/no_network.cpp)
+if(NOT TQS_STOCK_LIBRARY)
+  list(APPEND TQS_KEPT_OUT src/library/encodings.cpp)
+endif()
 if(TQS_STOCK_LIBRARY)
-  message(STATUS "Xerces-C ${version} starts as it comes.")
+  message(STATUS "Xerces-C ${version} is linked as it comes.")
 elseif(version VERSION_EQUAL known_version)
   list(APPEND TQS_KEPT_OUT src/library/late_tables.cpp)
 else()

@@ -131,7 +131,7 @@ std::string Decoded(const std::string& text) {
         } else if (next == '{') {
             const size_t star = text.find('*', i), end = text.find('}', i);
             for (int n = std::stoi(text.substr(i + 2)); n > 0; --n) {
-                decoded.append(text, star + 1, end - star - 1);
+                decoded += Decoded(text.substr(star + 1, end - star - 1));
             }
             i = end;
         } else if (next != ' ' && kNames.find(next) != std::string::npos) {

@@ -1,11 +1,7 @@
 #include "xml/encoding.h"
 
-#include <iconv.h>
-
-#include <array>
-#include <cerrno>
-
 #include "base/text.h"
+#include "library/converter.h"
 
 bool IsUtf8(std::string_view name) {
     return name.empty() || EqualsIgnoringCase(name, "UTF-8");
@@ -62,85 +58,42 @@ class Place {
     std::string last_;  // the bytes passed last, as many as a mark has
 };
 
-class Converter {
-  public:
-    explicit Converter(const std::string& encoding)
-        : handle_(iconv_open(encoding.c_str(), "UTF-8")) {}
-    ~Converter() {
-        if (IsKnown()) {
-            iconv_close(handle_);
-        }
-    }
-    Converter(const Converter&) = delete;
-    Converter& operator=(const Converter&) = delete;
-
-    [[nodiscard]] bool IsKnown() const { return handle_ != kNone; }
-
-    // Converts from the front of "text" and takes off it what could be converted. True when that
-    // was all.
-    bool Convert(std::string_view& text, std::string& converted) {
-        // iconv does not change its input, though its type says it may.
-        char* from = const_cast<char*>(text.data());
-        size_t left = text.size();
-        const bool all = Run(&from, &left, converted);
-        text = text.substr(text.size() - left);
-        return all;
-    }
-
-    // Returns the encoding to its initial state, where it has states.
-    bool Finish(std::string& converted) { return Run(nullptr, nullptr, converted); }
-
-  private:
-    bool Run(char** from, size_t* left, std::string& converted) {
-        std::array<char, 4096> piece{};
-        for (;;) {
-            char* to = piece.data();
-            size_t room = piece.size();
-            const size_t result = iconv(handle_, from, left, &to, &room);
-            const int cause = errno;
-            converted.append(piece.data(), piece.size() - room);
-            if (result != static_cast<size_t>(-1)) {
-                return true;
-            }
-            if (cause != E2BIG) {
-                return false;
-            }
-        }
-    }
-
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): what iconv_open returns for an unknown encoding.
-    static inline const auto kNone = reinterpret_cast<iconv_t>(-1);
-    iconv_t handle_;
-};
-
 std::string ReferenceTo(int character) {
     return "&#" + std::to_string(character) + ";";
 }
 
-}  // namespace
-
-bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted) {
-    Converter converter(name);
-    if (!converter.IsKnown()) {
-        return false;
-    }
-    Place place;
-    std::string_view rest = document;
-    for (std::string_view before = rest; !converter.Convert(rest, converted); before = rest) {
-        place.Pass(before.substr(0, before.size() - rest.size()));
-        const int character = TakeCharacter(rest);
-        if (character < 0 || !place.IsInValue()) {
-            return false;
-        }
-        const std::string reference = ReferenceTo(character);
-        std::string_view text = reference;
-        if (!converter.Convert(text, converted)) {
-            return false;
-        }
-    }
-    return converter.Finish(converted);
+// Whether "converted", in the encoding "name", is read as "text".
+bool IsReadAs(const std::string& text, const std::string& name, std::string_view converted) {
+    Converter converter("UTF-8", name);
+    std::string read;
+    std::string_view end;
+    return converter.Convert(converted, read) && converter.Convert(end, read) && read == text;
 }
 
+// Converts the document as it is, but for characters that the encoding lacks.
+bool Convert(std::string_view document, const std::string& name, std::string& converted) {
+    Converter converter(name, "UTF-8");
+    Place place;
+    std::string text;
+    for (std::string_view rest = document; !converter.Convert(rest, converted);) {
+        const std::string_view done = document.substr(0, document.size() - rest.size());
+        place.Pass(done);
+        const int character = rest.empty() ? -1 : TakeCharacter(rest);
+        const std::string reference = ReferenceTo(character);
+        std::string_view substitute = reference;
+        if (character < 0 || !place.IsInValue() || !converter.Convert(substitute, converted)) {
+            return false;
+        }
+        text.append(done).append(reference);
+        document = rest;
+    }
+    text += document;
+    std::string_view end;
+    return converter.Convert(end, converted) && IsReadAs(text, name, converted);
+}
+
+// The document with references for all characters of attribute values that encodings disagree on:
+// those beyond ASCII, the backslash and the tilde.
 std::string WithReferences(std::string_view document) {
     std::string text;
     Place place;
@@ -153,4 +106,14 @@ std::string WithReferences(std::string_view document) {
         place.Pass(piece);
     }
     return text;
+}
+
+}  // namespace
+
+bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted) {
+    if (Convert(document, name, converted)) {
+        return true;
+    }
+    converted.clear();
+    return Convert(WithReferences(document), name, converted);
 }

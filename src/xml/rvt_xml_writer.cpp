@@ -218,43 +218,13 @@ Outcome PrintTree(Output& out, const RVT_XML_Tree& tree) {
     return printer.outcome();
 }
 
-// What nodes and all below them say, whatever the layout.
-static void PutContent(Output& out, XmlPrinter& printer, const NodeWalk& nodes) {
-    for (const RVT_Node& node : nodes) {
-        if (!node.IsType(RVT_DELETED)) {
-            out.Put(node.GetName());
-            out.Put(node.GetValue());
-            printer.PrintAttributes(node, 0, 0);
-            PutContent(out, printer, Children(node));
-            out.Put(">");
-        }
-    }
-}
-
-// White space in values comes back as blanks, and a carriage return with its line feed as one,
-// which makes no difference here.
-static std::string Content(const RVT_XML_Tree& tree) {
-    std::string content;
-    Output out(content);
-    XmlPrinter printer(out, IsXml11(tree));
-    PutContent(out, printer, Children(tree));
-    static_cast<void>(out.Flush());
-    std::string blank;
-    for (size_t i = 0; i < content.size(); ++i) {
-        if (content.compare(i, 2, "\r\n") != 0) {
-            const bool is_space = content[i] == '\t' || content[i] == '\n' || content[i] == '\r';
-            blank += is_space ? ' ' : content[i];
-        }
-    }
-    return blank;
-}
-
-// Whether the parser reads "document" as the tree: its tables are not iconv's, so a character may
-// come back as another, or not at all. Fails as the reader does when it cannot be read.
-static Result<bool> ComesBack(const std::string& document, const RVT_XML_Tree& tree) {
-    RVT_XML_Tree read;
-    const Result<bool> is_whole = ParseXMLText(document, "new map", read);
-    return is_whole.ok() ? Result(*is_whole && Content(read) == Content(tree)) : is_whole;
+// Whether the parser finds into a document with the declaration of "text" when it is in "encoding":
+// what an encoding begins with, and all up to the end of the declaration, it reads by its own
+// rules.
+static bool IsRecognized(const std::string& text, const std::string& encoding) {
+    std::string converted;
+    return ConvertDocument(text.substr(0, text.find('>') + 1) + "<a/>", encoding, converted) &&
+           CheckXMLText(converted, "new map").ok();
 }
 
 // The text of "tree" in another encoding than UTF-8; empty when it cannot be written in that.
@@ -265,20 +235,9 @@ static Result<std::string> Encoded(const RVT_XML_Tree& tree, const std::string& 
         return outcome;
     }
     static_cast<void>(out.Flush());
-    for (const bool has_references : {false, true}) {
-        std::string converted;
-        if (!ConvertDocument(has_references ? WithReferences(text) : text, encoding, converted)) {
-            continue;
-        }
-        const Result<bool> comes_back = ComesBack(converted, tree);
-        if (!comes_back.ok()) {
-            return comes_back.outcome();
-        }
-        if (*comes_back) {
-            return converted;
-        }
-    }
-    return std::string();
+    std::string converted;
+    const bool is_kept = ConvertDocument(text, encoding, converted) && IsRecognized(text, encoding);
+    return is_kept ? converted : std::string();
 }
 
 Result<bool> FitsItsEncoding(const RVT_XML_Tree& tree) {

@@ -31,8 +31,7 @@
 // it fails, so does this, and the new file is gone. Any other failure leaves the old map, and the
 // new file where it is: kCannotOpen "Cannot open \"%s\"." and kWriteFailed "Cannot write to
 // \"%s\"." name the temporary file, kWriteFailed may also carry the system's text alone;
-// kRenameFailed "Rename failed for \"%s\"." names the map. Text in another encoding than UTF-8 that
-// the parser cannot read back fails as the reader does.
+// kRenameFailed "Rename failed for \"%s\"." names the map.
 Outcome WriteXMLFile(const std::string& path, const RVT_XML_Tree& tree,
                      const std::function<Outcome()>& before_change);
 
@@ -42,8 +41,7 @@ std::string EncodingOf(const RVT_XML_Tree& tree);
 // Whether a tree's XML declaration names version 1.1.
 bool IsXml11(const RVT_XML_Tree& tree);
 
-// Whether a tree can be written in its encoding. Fails as WriteXMLFile does for text that cannot be
-// read back.
+// Whether a tree can be written in its encoding. Fails as PrintTree.
 Result<bool> FitsItsEncoding(const RVT_XML_Tree& tree);
 
 // Prints the whole tree. Whether it arrived, the output tells. Fails as XmlPrinter.
