@@ -18,17 +18,19 @@ using Result = RunResult;
 const bool in_memory = fs::is_directory("/dev/shm") && setenv("TMPDIR", "/dev/shm", 1) == 0;
 
 // The exit codes in a log, whose entries from the first banner on must be whole and by themselves.
+// One of comments alone is that of a script that was refused.
 std::vector<int> LoggedCodes(std::string log) {
     static const std::string kRule(74, '#');
     static const std::regex kEntry(
         kRule + R"(\n# Time: [\d/]{10} [\d:]{8}\n)" + kRule +
-        R"(\n\n(?:(?!###)[^\n]*\n)+?echo "Recorded Exit Code = (\d+), This Exit Code = \$\?"\n\n)"
-        R"(# EXIT CODE: \1\n(?:\n|# ERROR MESSAGE:\n(?:#   [^\n]*\n)+\n))");
+        R"(\n\n(?:(?:(?!###)[^\n]*\n)+?echo "Recorded Exit Code = (\d+), This Exit Code = \$\?"\n\n)"
+        R"(# EXIT CODE: \1|# tqs apply script\n# [^\n]*\n\n# EXIT CODE: (\d+)))"
+        R"(\n(?:\n|# ERROR MESSAGE:\n(?:#   [^\n]*\n)+\n))");
     log.erase(0, log.find(kRule));
     std::vector<int> codes;
     for (std::smatch entry;
          std::regex_search(log, entry, kEntry, std::regex_constants::match_continuous);) {
-        codes.push_back(std::stoi(entry[1]));
+        codes.push_back(std::stoi(entry[1].str() + entry[2].str()));
         log.erase(0, static_cast<size_t>(entry.length()));
     }
     EXPECT_EQ(log, "");
@@ -62,7 +64,24 @@ const std::vector<Scenario> kScenarios = {
     {"ConfigShorter", "-config kfxd.cfg -set b=", "a=1\nb=22\n#c\n"},
     {"ConfigMissing", "-config kfxd.cfg -set b=1"},
     {"View", "-view kfxconf"},
-    {"ViewNothing", "-config kfxd.cfg -get none", "a=1\n"}};
+    {"ViewNothing", "-config kfxd.cfg -get none", "a=1\n"},
+    {"Apply", "apply --no-notify kfxd script"}};
+
+const std::string kCache = "<?xml version=\"1.0\"?>\n<Cache>\n<Cpu n=\"a\"/>\n</Cache>\n";
+const std::string kScript =
+    "tqsmgr -add platform -name p2 -model M100 -addr 10.0.0.2 -port 7002 -evfile basic\n"
+    "tqsmgr -add system -name c2 -platform p2 -port 2002 -type linux\n"
+    "tqsmgr -add system -name s -addr 10.0.0.3 -port 2003\n"
+    "tqsmgr -update system -name 1 -port 2009 -type aix\n"
+    "tqsmgr -update platform -name p2 -comment x\n"
+    "tqsmgr -update cache -platform 1 <<EOF\n" +
+    kCache +
+    "EOF\n"
+    "tqsmgr -remove system -name c2\n"
+    "tqsmgr -add system -name c3 -platform p2 -port 2004\n"
+    "tqsmgr -security true\n"
+    "tqsmgr -write kfxconf\n";
+constexpr size_t kCommands = 10;
 
 std::string MapBefore(const std::string& version) {
     const std::string console =
@@ -94,7 +113,8 @@ const struct Consequence {
     {"Unlink Open", kTemporaryMap, 40, "Cannot open \"" + kTemporaryMap + "\"."},
     {"Write Fsync Close", kTemporaryMap, 41, "Cannot write to \"" + kTemporaryMap + "\"."},
     {"Rename", kMap, 42, "Rename failed for \"" + kMap + "\"."},
-    {"Open Read", kMap, 20, "Error at file " + kMap + ", line *"},
+    {"Open Read", kMap, 20, "*"},
+    {"Open Read", "script", 40, "script: Input/output error"},
     {"Open", kKfxConf, 40, "Cannot open \"" + kKfxConf + "\"."},
     {"Write Close", kKfxConf, 41, "Write failed for \"" + kKfxConf + "\"."},
     {"Write", "pipe:", 41, "Write failed for \"*"},
@@ -118,8 +138,11 @@ class Faults : public testing::TestWithParam<int> {
     Faults() {
         // A notification that cannot be run fails.
         tree_.Remove(kProduct + "bin");
-        words_ = Words((scenario_.name == "RemovePlatform" ? "" : "-nonotify web ") +
-                       ("-nonotify kfxd " + scenario_.words));
+        words_ = Words(is_script_ ? scenario_.words
+                       : scenario_.name == "RemovePlatform"
+                           ? "-nonotify kfxd " + scenario_.words
+                           : "-nonotify web -nonotify kfxd " + scenario_.words);
+        tree_.Write("script", kScript);
         Prepare();
         old_ = Read();
         unfaulted_ = Run(words_, "");
@@ -156,10 +179,7 @@ class Faults : public testing::TestWithParam<int> {
         tree_.Remove("fault");
         setenv("TQS_FAULT", fault.c_str(), 1);
         const Result r =
-            tree_
-                .Start(words, "<?xml version=\"1.0\"?>\n<Cache>\n<Cpu n=\"a\"/>\n</Cache>\n",
-                       TQSMGR_FAULTS)
-                .Wait();
+            tree_.Start(words, kCache, words[0] == "apply" ? TQS_FAULTS : TQSMGR_FAULTS).Wait();
         fault_ = tree_.Exists("fault") ? tree_.Read("fault") : "";
         return r;
     }
@@ -215,7 +235,8 @@ class Faults : public testing::TestWithParam<int> {
     [[nodiscard]] bool Hit(const std::string& calls, const std::string& file) const {
         const size_t blank = fault_.find(' ');
         return !fault_.empty() && fault_.find(file, blank) != std::string::npos &&
-               (' ' + calls + ' ').find(' ' + fault_.substr(0, blank + 1)) != std::string::npos;
+               (calls.empty() ||
+                (' ' + calls + ' ').find(' ' + fault_.substr(0, blank + 1)) != std::string::npos);
     }
 
     // The code is 0 and all is complete, or it is the one of the call that failed.
@@ -232,12 +253,13 @@ class Faults : public testing::TestWithParam<int> {
             // looked at again, a folder need no sync, and an entry stay as it was appended.
             EXPECT_TRUE(harmless || row->file == "/stdin" || Hit("Stat Fstat", kConfig) ||
                         Hit("Stat Fstat", kLock) || Hit("OpenFolder", "") ||
-                        (Hit("Open Fchown Fchmod", kLog) && scenario_.name == "RemovePlatform"));
+                        (Hit("Open Fchown Fchmod", kLog) &&
+                         (scenario_.name == "RemovePlatform" || is_script_)));
             return;
         }
         ASSERT_FALSE(harmless);
         EXPECT_TRUE(r.code == row->code || (r.code == 43 && Hit("OpenFolder", "config")));
-        const std::string wanted = "tqsmgr: " + row->message + '\n';
+        const std::string wanted = (is_script_ ? "tqs: " : "tqsmgr: ") + row->message + '\n';
         const size_t star = wanted.find('*');
         EXPECT_TRUE(row->message == "*" || r.err.substr(0, star) == wanted.substr(0, star));
         // After the rename only kfx.conf and the release of the lock can fail.
@@ -245,10 +267,13 @@ class Faults : public testing::TestWithParam<int> {
                     Hit(row->calls, kKfxConf) || r.err.find(kKfxConf) != std::string::npos);
     }
 
-    // One whole entry with the run's code, or none where the log itself failed.
+    // One whole entry with the run's code, or one for each command that was done, the last with it;
+    // or none where the log itself failed.
     void CheckLog(const Result& r, bool may_be_missing) const {
         const std::vector<int> codes = LoggedCodes(tree_.Read(kLog));
-        EXPECT_TRUE(codes == std::vector<int>{r.code} || (codes.empty() && may_be_missing));
+        std::vector<int> wanted(is_script_ && tree_.Read(kMap) == new_[0] ? kCommands : 1);
+        wanted.back() = r.code;
+        EXPECT_TRUE(codes == wanted || (codes.empty() && may_be_missing));
     }
 
     void CheckFailure(const Result& r) const {
@@ -257,10 +282,11 @@ class Faults : public testing::TestWithParam<int> {
         EXPECT_TRUE(lock.empty() || lock == kNone || Hit("Ftruncate", kLock)) << lock;
         EXPECT_NE(tree_.Read(kConfig), "");
         CheckCode(r);
-        CheckLog(r, fault_.find("/logs/") != std::string::npos);
+        CheckLog(r, fault_.find("/logs/") != std::string::npos || Hit("", "script"));
     }
 
     const Scenario& scenario_ = kScenarios.at(static_cast<size_t>(GetParam()));
+    const bool is_script_ = scenario_.name == "Apply";
     const Tree tree_;
     std::set<std::string> states_;
     std::vector<std::string> words_;
@@ -304,7 +330,8 @@ TEST_P(Faults, Killed) {
     }
     const mode_t before = umask(scenario_.fresh ? 077 : 0);
     ForEach("signal", SIGKILL, [this](const RunResult&) {
-        EXPECT_LE(LoggedCodes(tree_.Read(kLog)).size(), 1U);
+        const size_t logged = LoggedCodes(tree_.Read(kLog)).size();
+        EXPECT_TRUE(logged == 0 || logged == (is_script_ ? kCommands : 1));
         const std::string config = old_[2] == kNone ? kConfig : kTemporaryMap;
         for (const std::string& path : scenario_.fresh
                                            ? std::vector{kLock, kLog, kKfxConf, kTemporaryMap}
