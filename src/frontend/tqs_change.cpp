@@ -39,9 +39,7 @@ Result<ChangeScript> ReadScript(const std::string& path) {
 // Whether "-update cache" stands in words that are no command line.
 bool IsForCache(std::span<const char* const> words) {
     static constexpr auto kWords = std::to_array<std::string_view>({"-update", "cache"});
-    return !std::ranges::search(words, kWords, {}, [](const char* word) {
-                return std::string_view(word);
-            }).empty();
+    return std::search(words.begin(), words.end(), kWords.begin(), kWords.end()) != words.end();
 }
 
 // What a script may not do with a command; empty for nothing. What is no command line is refused
