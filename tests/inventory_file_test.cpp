@@ -140,56 +140,6 @@ TEST(InventoryFile, IsCheckedByWhatItSays) {
     EXPECT_EQ(tree.Shell("mkfifo p; cat f >p & tqs list --map p --format names").out, "p\ns\n");
 }
 
-// What no command accepts leads back to its row, with the code that the command has.
-TEST(InventoryFile, RefusedCommandsLeadToTheirRows) {
-    const Tree tree;
-    ASSERT_EQ(chdir(tree.Path("").c_str()), 0);
-    Inventory present = NewInventory();
-    for (const std::string line : {"-add platform -name lab -model M100 -addr 1.1.1.1 -port 1",
-                                   "-add system -name db -platform lab -port 2"}) {
-        ASSERT_TRUE(Execute(*Parsed(Words(line)), present).ok());
-    }
-    const struct {
-        std::string rows, text;
-        int code;
-    } cases[] = {
-        {"console,db,lab,,,\n", "f:2: port \"\" is empty", 13},
-        {"console,x,lab,,,\n", "f:2: port \"\" is empty", 11},
-        {"console,db,lab,x,,\n", "f:2: Invalid port number \"x\".", 13},
-        {"console,s,,1,1.1.1.,\n", "f:2: Invalid IP address \"1.1.1.\".", 12},
-        {"console,db,lab,2,,\nconsole,D_B,lab,3,,x\n",
-         "f:3: System name contains invalid characters. Use only alpha-numeric characters, \".\", "
-         "and \"-\".",
-         22},
-        {"console,db,lab,2,,\nconsole,DB,lab,3,,\n", "f:3: Duplicate name \"DB\".", 5},
-        {"console,db,lab,2,,\nconsole,x,lab,1,,\n", "f:3: Duplicate port number \"1\".", 7},
-        {"console,db,lab,1,,\n", "f:2: Duplicate port number \"1\".", 7},
-        {"platform,x,,1,1.1.1.2,\n", "f:2: no command leaves out model", 11},
-        {"console,db,lab,2,,a\tb\n", "", 0},
-        {"console,db,lab,2,,\"a\nb\"\n", "f:2: \"a\\nb\" would not be kept as it is", 11},
-    };
-    for (const auto& [rows, text, code] : cases) {
-        Result<InventoryFile> file =
-            ReadInventoryFile("kind,name,platform,port,addr,comment\n" + rows, "f");
-        const Result<Inventory> now = Completed(*file, present, true);
-        ASSERT_TRUE(now.ok()) << now.outcome().message();
-        Script script = UntriedScript(present, *now, Crowding::kRefused);
-        Inventory copy;
-        copy.Tree() = present.Tree().Copy();
-        for (const Step& step : script.steps) {
-            if (const Outcome outcome = Execute(step.command, copy); !outcome.ok()) {
-                script.obstacles.push_back({step.subject, outcome.message(), outcome.code()});
-            }
-        }
-        ASSERT_EQ(script.obstacles.empty(), code == 0) << rows;
-        if (code != 0) {
-            const Obstacle& first = script.obstacles.front();
-            EXPECT_EQ(PlaceOf(*file, first.subject) + ": " + first.text, text) << rows;
-            EXPECT_EQ(Number(first.code), code) << rows;
-        }
-    }
-}
-
 // Few names and addresses, values that have to be quoted.
 static const std::string kRules =
     "T|-add platform -name N -model M100 -addr A -port P E|-add system -name N W -port P E|"

@@ -1,5 +1,6 @@
 #include "frontend/source.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,7 +8,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "base/files.h"
+#include "base/calls.h"
 #include "base/text.h"
 #include "report/completion.h"
 #include "report/script.h"
@@ -15,6 +16,11 @@
 
 std::string NameOf(const std::string& path) {
     return path == "-" ? "standard input" : Printable(path);
+}
+
+FileDescriptor OpenNamed(const std::string& path) {
+    return FileDescriptor(path == "-" ? dup(STDIN_FILENO)
+                                      : calls::Open(calls::kHere, path.c_str(), O_RDONLY));
 }
 
 std::string Source::Name() const {
@@ -57,13 +63,12 @@ Outcome ReadDocument(Source& source) {
 
 Result<Source> ReadSource(const std::string& path) {
     Source source{path, {}, {}, {}};
-    const FileDescriptor file = path == "-" ? FileDescriptor() : OpenForReading(path.c_str());
-    if (path != "-" && !file.IsOpen()) {
-        return WrongAt(path, strerror(errno), ExitCode::kNotWellFormed);
+    const FileDescriptor file = OpenNamed(path);
+    if (!file.IsOpen()) {
+        return WrongAt(source.Name(), strerror(errno), ExitCode::kNotWellFormed);
     }
     const mode_t type = path == "-" ? 0 : TypeOf(file.get());
-    ReadText(path == "-" ? STDIN_FILENO : file.get(), type == S_IFREG || type == S_IFDIR,
-             source.text);
+    ReadText(file.get(), type == S_IFREG || type == S_IFDIR, source.text);
     if (IsMap(source.text)) {
         Outcome outcome = ReadDocument(source);
         return outcome.ok() ? Result(std::move(source)) : outcome;

@@ -4,12 +4,16 @@
 #include <optional>
 #include <string>
 
+#include "base/files.h"
 #include "base/outcome.h"
 #include "model/inventory.h"
 #include "report/inventory_file.h"
 
 // The path that a command line names in messages, where "-" is standard input.
 std::string NameOf(const std::string& path);
+
+// Opens what a command line names, for reading. The writer of a FIFO is waited for, as by a shell.
+FileDescriptor OpenNamed(const std::string& path);
 
 // A map, or an inventory in CSV or JSON, that was read.
 struct Source {

@@ -1,6 +1,5 @@
 #include "frontend/tqs_change.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,7 +8,6 @@
 #include <functional>
 #include <new>
 
-#include "base/calls.h"
 #include "base/complaints.h"
 #include "base/files.h"
 #include "commands/parse_command.h"
@@ -21,15 +19,10 @@
 
 namespace {
 
-// Waits for the writer of a FIFO, as a shell would.
 Result<ChangeScript> ReadScript(const std::string& path) {
     std::string text;
-    FileDescriptor file;
-    if (path != "-") {
-        file = FileDescriptor(calls::Open(calls::kHere, path.c_str(), O_RDONLY));
-    }
-    const int fd = path == "-" ? STDIN_FILENO : file.get();
-    if (fd < 0 || !ReadToEnd(fd, text)) {
+    const FileDescriptor file = OpenNamed(path);
+    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
         const std::string why = strerror(errno);
         return Outcome(ExitCode::kCannotOpen, why).WithCause({NameOf(path), why});
     }
@@ -180,15 +173,26 @@ Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan
     return completed.outcome();
 }
 
-// Tells what stands in the way of the first.
-Outcome Obstructed(Plan& plan) {
-    for (const Obstacle& obstacle : plan.script.obstacles) {
-        Complain("tqs: " + PlaceOf(plan.said, obstacle.subject) + ": " + obstacle.subject + ": " +
-                 obstacle.text + "\n");
+// Tells of each that stands in the way, in the order of the file; what it does not name comes
+// first.
+Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
+    const auto rows = RowsBySubject(plan.said);
+    const auto row_of = [&rows](const Obstacle& obstacle) {
+        const auto found = rows.find(obstacle.subject);
+        return found == rows.end() ? nullptr : found->second;
+    };
+    std::ranges::stable_sort(obstacles, {}, [&row_of](const Obstacle& obstacle) {
+        const Row* row = row_of(obstacle);
+        return row == nullptr ? 0 : row->number;
+    });
+    for (Obstacle& obstacle : obstacles) {
+        const Row* row = row_of(obstacle);
+        const std::string place = row == nullptr ? plan.said.name : PlaceOf(plan.said, *row);
+        obstacle.text.insert(0, row == nullptr ? obstacle.subject + ": " : "");
+        plan.refused = plan.refused.empty() ? place : plan.refused;
+        Complain("tqs: " + place + ": " + obstacle.text + "\n");
     }
-    const Obstacle& first = plan.script.obstacles.front();
-    plan.refused = PlaceOf(plan.said, first.subject);
-    return {first.code, first.subject + ": " + first.text};
+    return {obstacles.front().code, obstacles.front().text};
 }
 
 // Runs the steps of the plan, as a script of them would be.
@@ -199,13 +203,13 @@ Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
     static_cast<void>(out.Flush());
     const ChangeScript script = ReadChangeScript(text);
     Outcome outcome = ApplyOrTry(run, script.commands, options);
-    for (const auto& [line, refused] : run.Refusals()) {
-        const auto command = std::ranges::find(script.commands, line, &ScriptCommand::line);
-        const auto step = plan.script.steps.begin() + (command - script.commands.begin());
-        plan.refused = PlaceOf(plan.said, step->subject);
-        Complain("tqs: " + plan.refused + ": " + Why(refused) + "\n");
+    if (run.Refusals().empty()) {
+        return outcome;
     }
-    return outcome;
+    const auto& [line, refusal] = run.Refusals().front();
+    const auto command = std::ranges::find(script.commands, line, &ScriptCommand::line);
+    const auto step = plan.script.steps.begin() + (command - script.commands.begin());
+    return Refused(plan, {{step->subject, Why(refusal), refusal.code()}});
 }
 
 }  // namespace
@@ -238,7 +242,7 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         }
         plan.script = UntriedScript(run.Map(), plan.now, Crowding::kRefused);
         if (!plan.script.obstacles.empty()) {
-            return Obstructed(plan);
+            return Refused(plan, plan.script.obstacles);
         }
         if (plan.script.steps.empty()) {
             return step;

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
-#include <unordered_map>
+#include <utility>
 
 #include "base/arena.h"
 #include "base/text.h"
@@ -286,28 +286,42 @@ InventoryFile FileOf(const Inventory& map, const std::string& name) {
     return file;
 }
 
-static void AddPlaces(const NodeWalk& nodes, const std::string& around,
-                      const std::unordered_map<std::string, std::string>& places_of,
-                      std::vector<std::string>& places) {
-    for (const RVT_Node& node : nodes) {
-        const Owner owner = node.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
-        const auto found = node.IsName(tag::Platform) || node.IsName(tag::Console)
-                               ? places_of.find(Label(owner, PropertyOrEmpty(node, kName)))
-                               : places_of.end();
-        const std::string& place = found == places_of.end() ? around : found->second;
-        if (node.IsType(RVT_ELEMENT)) {
-            places.push_back(place);
-            AddPlaces(Children(node), place, places_of, places);
+namespace {
+
+class Places {
+  public:
+    explicit Places(const InventoryFile& file) : file_(file), rows_(RowsBySubject(file)) {}
+
+    // Adds those of the start tags in "nodes", which stand in an element at "around".
+    void Add(const NodeWalk& nodes, const std::string& around) {
+        for (const RVT_Node& node : nodes) {
+            if (node.IsType(RVT_ELEMENT)) {
+                const std::string place = Of(node, around);
+                places.push_back(place);
+                Add(Children(node), place);
+            }
         }
     }
-}
+
+    std::vector<std::string> places;
+
+  private:
+    [[nodiscard]] std::string Of(const RVT_Node& node, const std::string& around) const {
+        const Owner owner = node.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
+        const auto found = node.IsName(tag::Platform) || node.IsName(tag::Console)
+                               ? rows_.find(Label(owner, PropertyOrEmpty(node, kName)))
+                               : rows_.end();
+        return found == rows_.end() ? around : PlaceIn(file_, *found->second);
+    }
+
+    const InventoryFile& file_;
+    const std::unordered_map<std::string, const Row*> rows_;
+};
+
+}  // namespace
 
 std::vector<std::string> PlacesOfStartTags(const InventoryFile& file, const Inventory& completed) {
-    std::unordered_map<std::string, std::string> places_of;
-    for (const Row& row : file.rows) {
-        places_of.emplace(Label(*row.owner, row.values[kName]), PlaceIn(file, row));
-    }
-    std::vector<std::string> places;
-    AddPlaces(Children(completed.Tree()), file.is_csv ? "1" : "security", places_of, places);
-    return places;
+    Places all(file);
+    all.Add(Children(completed.Tree()), file.is_csv ? "1" : "security");
+    return std::move(all.places);
 }

@@ -43,11 +43,12 @@ std::string PlaceOf(const InventoryFile& file, const Row& row) {
     return file.name + ':' + PlaceIn(file, row);
 }
 
-std::string PlaceOf(const InventoryFile& file, std::string_view subject) {
-    const auto row = std::ranges::find_if(file.rows, [subject](const Row& one) {
-        return one.owner && Label(*one.owner, one.values[Property::kName]) == subject;
-    });
-    return row == file.rows.end() ? file.name : PlaceOf(file, *row);
+std::unordered_map<std::string, const Row*> RowsBySubject(const InventoryFile& file) {
+    std::unordered_map<std::string, const Row*> rows;
+    for (const Row& row : file.rows) {
+        rows.emplace(Label(*row.owner, row.values[Property::kName]), &row);
+    }
+    return rows;
 }
 
 size_t LineAt(std::string_view text, size_t offset) {

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "base/outcome.h"
@@ -46,9 +47,9 @@ Result<InventoryFile> ReadInventoryFile(std::string_view text, const std::string
 // the same without the file's name.
 std::string PlaceOf(const InventoryFile& file, const Row& row);
 std::string PlaceIn(const InventoryFile& file, const Row& row);
-// The same of the row of whom a message or the step of a script is for (Label); the file's name
-// when it has none. To be asked when the file has been completed.
-std::string PlaceOf(const InventoryFile& file, std::string_view subject);
+// The rows of a file that has been completed, by whom messages and the steps of a script are for
+// (Label); of equal ones the first.
+std::unordered_map<std::string, const Row*> RowsBySubject(const InventoryFile& file);
 
 // A fault in what a file says, at "place". kInvalidArgument unless another code is given.
 Outcome WrongAt(std::string place, const std::string& text,
