@@ -125,7 +125,7 @@ Outcome UpdateConsole(const Command& command, Inventory& inventory) {
 
 Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_port,
                                 std::string_view new_port) {
-    RVT_Node* attribute = FindAttribute(console, ID_tag);
+    RVT_Node* attribute = FindAttribute(console, kIDId);
     if (attribute == nullptr) {
         return Failure(ExitCode::kIncompleteMap, "Console with port %s has no ID attribute.",
                        old_port.c_str());

@@ -155,7 +155,7 @@ void CheckAndAssignTypePropertyToConsoles(const RVT_Node& map) {
 
 static void DeleteConn(const RVT_Node& property_map) {
     for (RVT_Node& property : LiveElements(property_map, tag::Property)) {
-        const RVT_Node* name = FindAttribute(property, name_tag);
+        const RVT_Node* name = FindAttribute(property, kNameId);
         if (name != nullptr && name->IsValue("Conn")) {
             property.Delete();
         }

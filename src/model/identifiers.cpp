@@ -31,7 +31,7 @@ Result<std::string> TakeSerial(const RVT_Node& map) {
 }
 
 Result<std::string_view> ReadID(const RVT_Node& element) {
-    const RVT_Node* attribute = FindAttribute(element, ID_tag);
+    const RVT_Node* attribute = FindAttribute(element, kIDId);
     if (attribute == nullptr) {
         return Failure(ExitCode::kIncompleteMap, "ID not found in XML data.");
     }

@@ -46,7 +46,7 @@ RVT_Node* FindCache(const RVT_Node& platform) {
 }
 
 // Without a range: most of the time that commands take is spent here.
-static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
+RVT_Node* FindAttribute(const RVT_Node& node, NameId name) {
     RVT_Node_List_Elem* pos = nullptr;
     RVT_Node* attribute = node.GetFirstAttribute(pos);
     while (attribute != nullptr && !attribute->IsName(name)) {
@@ -56,7 +56,7 @@ static RVT_Node* AttributeWithName(const RVT_Node& node, NameId name) {
 }
 
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name) {
-    return AttributeWithName(node, InternName(name));
+    return FindAttribute(node, InternName(name));
 }
 
 Result<RVT_Node*> FindMapAttribute(const RVT_Node& map, std::string_view name) {
@@ -69,7 +69,7 @@ Result<RVT_Node*> FindMapAttribute(const RVT_Node& map, std::string_view name) {
 
 RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
     for (RVT_Node& property : ElementsEvenDeleted(property_map, tag::Property)) {
-        const RVT_Node* called = AttributeWithName(property, kNameId);
+        const RVT_Node* called = FindAttribute(property, kNameId);
         if (called != nullptr && called->IsValue(name)) {
             return &property;
         }
@@ -80,7 +80,7 @@ RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name) {
 RVT_Node* FindPropertyValue(const RVT_Node& element, Property property) {
     const RVT_Node* map = FindPropertyMap(element);
     const RVT_Node* found = map == nullptr ? nullptr : FindProperty(*map, RowOf(property).name);
-    return found == nullptr ? nullptr : AttributeWithName(*found, kValueId);
+    return found == nullptr ? nullptr : FindAttribute(*found, kValueId);
 }
 
 std::optional<std::string_view> GetPropertyValue(const RVT_Node& element, Property property) {
@@ -113,12 +113,12 @@ PropertyValues GetPropertyValues(const RVT_Node& element, Owner owner) {
     std::array<bool, kPropertyCount + 1> seen{};
     size_t guess = 0;
     for (const RVT_Node& property : ElementsEvenDeleted(*map, tag::Property)) {
-        const RVT_Node* called = AttributeWithName(property, kNameId);
+        const RVT_Node* called = FindAttribute(property, kNameId);
         // In the order of the list more often than not.
         const size_t place =
             called == nullptr ? properties.size() : PlaceOf(called->GetValue(), properties, guess);
         guess = place + 1;
-        const RVT_Node* value = AttributeWithName(property, kValueId);
+        const RVT_Node* value = FindAttribute(property, kValueId);
         if (place < properties.size() && !seen.at(place) && value != nullptr) {
             values[properties[place]] = value->GetValue();
         }
@@ -177,20 +177,22 @@ RVT_Node& AddElement(RVT_Node& parent, std::string_view name) {
 void AddProperty(RVT_Node& property_map, Property property, std::string_view value,
                  bool is_boolean) {
     const PropertyRow& row = RowOf(property);
-    RVT_Node& element = AddElement(property_map, tag::Property);
+    RVT_Node& element = *RVT_Node::Create(RVT_ELEMENT);
+    element.SetName(kPropertyId);
+    property_map.AddChild(&element);
     RVT_Node* attribute = element.AddAttributes(is_boolean ? 4 : 3);
-    const auto put = [&attribute](std::string_view name, const char* kept) {
+    const auto put = [&attribute](NameId name, const char* kept) {
         attribute->SetName(name);
         attribute->SetKeptValue(kept);
         ++attribute;
     };
-    put(name_tag, row.name.data());
-    put(readonly_tag, switch_off.data());
+    put(kNameId, row.name.data());
+    put(kReadonlyId, switch_off.data());
     if (is_boolean) {
-        put(type_tag, "boolean");
+        put(kTypeId, "boolean");
     }
     // Most values are those of the table, which last.
-    put(value_tag, value == row.initial ? row.initial->data() : arena::Copy(value));
+    put(kValueId, value == row.initial ? row.initial->data() : arena::Copy(value));
 }
 
 RVT_Node& AddOwner(RVT_Node& parent, Owner owner, std::string_view id,

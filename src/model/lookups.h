@@ -37,7 +37,8 @@ RVT_Node* FindProperty(const RVT_Node& property_map, std::string_view name);
 // The first live cache below "platform".
 RVT_Node* FindCache(const RVT_Node& platform);
 
-// The attribute called "name".
+// The attribute called "name"; null for none.
+RVT_Node* FindAttribute(const RVT_Node& node, NameId name);
 RVT_Node* FindAttribute(const RVT_Node& node, std::string_view name);
 
 // An attribute of the root element. kIncompleteMap "Cannot find the \"%s\" attribute for

@@ -31,7 +31,7 @@ struct Subject {
     }
     [[nodiscard]] std::string Name() const {
         const char* const kind = owner == Owner::kPlatform ? "platform " : "console ";
-        const RVT_Node* id = FindAttribute(element, ID_tag);
+        const RVT_Node* id = FindAttribute(element, kIDId);
         return kind + std::string(values.Has(Property::kName) ? values[Property::kName]
                                   : id != nullptr             ? id->GetValue()
                                                               : "without a name");
@@ -139,7 +139,7 @@ class Checker {
             }
         }
         for (const RVT_Node& property : LiveElements(*subject.property_map, tag::Property)) {
-            const RVT_Node* called = FindAttribute(property, name_tag);
+            const RVT_Node* called = FindAttribute(property, kNameId);
             const std::string_view name = called == nullptr ? "" : called->GetValue();
             const auto [known, is_new] = seen.emplace(name, &property);
             const std::string quoted = "property \"" + std::string(name) + "\"";
@@ -291,9 +291,8 @@ class Checker {
             Error(subject.element, subject.Name() + ": identifier \"" + text +
                                        "\" is not of its form, or not below the serial");
         }
-        const RVT_Node* map_id = subject.property_map == nullptr
-                                     ? nullptr
-                                     : FindAttribute(*subject.property_map, ID_tag);
+        const RVT_Node* map_id =
+            subject.property_map == nullptr ? nullptr : FindAttribute(*subject.property_map, kIDId);
         if (subject.property_map != nullptr &&
             (map_id == nullptr || !map_id->IsValue(PropertyMapID(text)))) {
             Error(*subject.property_map,

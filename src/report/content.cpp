@@ -12,7 +12,7 @@
 #include "xml/walk.h"
 
 static Element ElementOf(const RVT_Node& element, size_t platform) {
-    const RVT_Node* id = FindAttribute(element, ID_tag);
+    const RVT_Node* id = FindAttribute(element, kIDId);
     return {element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole, &element, platform,
             PropertyOrEmpty(element, Property::kName), id == nullptr ? "" : id->GetValue()};
 }
@@ -79,9 +79,9 @@ class Oddities {
   public:
     // All attributes of "node" but those of these names.
     void TakeAttributes(const RVT_Node& node, const Where& where,
-                        std::initializer_list<std::string_view> proper) {
+                        std::initializer_list<NameId> proper) {
         for (const RVT_Node& attribute : Attributes(node)) {
-            if (std::ranges::find(proper, attribute.GetName()) == proper.end()) {
+            if (std::ranges::none_of(proper, [&](NameId id) { return attribute.IsName(id); })) {
                 found_.push_back(
                     {where.Text("attribute " + Quoted(attribute.GetName())), attribute.GetValue()});
             }
@@ -92,10 +92,10 @@ class Oddities {
     }
     void TakeProperties(const RVT_Node& property_map, Owner owner) {
         const Where where = {"PropertyMap"};
-        TakeAttributes(property_map, where, {ID_tag});
+        TakeAttributes(property_map, where, {kIDId});
         std::array<bool, kPropertyCount> seen{};
         for (const RVT_Node& child : Children(property_map)) {
-            if (child.IsType(RVT_ELEMENT) && !child.IsName(tag::Property)) {
+            if (child.IsType(RVT_ELEMENT) && !child.IsName(kPropertyId)) {
                 TakeElement(child, where);
             } else if (child.IsType(RVT_ELEMENT)) {
                 TakeProperty(child, owner, seen);
@@ -110,8 +110,8 @@ class Oddities {
   private:
     void TakeProperty(const RVT_Node& property, Owner owner,
                       std::array<bool, kPropertyCount>& seen) {
-        const RVT_Node* called = FindAttribute(property, name_tag);
-        const RVT_Node* value = FindAttribute(property, value_tag);
+        const RVT_Node* called = FindAttribute(property, kNameId);
+        const RVT_Node* value = FindAttribute(property, kValueId);
         const std::string_view name = called == nullptr ? "" : called->GetValue();
         const Where where = {"property", name};
         const bool is_proper = called != nullptr && IsProper(owner, name, seen);
@@ -120,7 +120,7 @@ class Oddities {
         } else if (!is_proper) {
             found_.push_back({where.Text(""), value->GetValue()});
         }
-        TakeAttributes(property, where, {name_tag, readonly_tag, type_tag, value_tag});
+        TakeAttributes(property, where, {kNameId, kReadonlyId, kTypeId, kValueId});
         for (const RVT_Node& child : Children(property)) {
             if (child.IsType(RVT_ELEMENT)) {
                 TakeElement(child, where);
@@ -155,7 +155,7 @@ Content ContentOf(const Element& item) {
     content.cache = item.owner == Owner::kPlatform ? FindCache(*item.element) : nullptr;
     const RVT_Node* property_map = FindPropertyMap(*item.element);
     Oddities oddities;
-    oddities.TakeAttributes(*item.element, {}, {ID_tag});
+    oddities.TakeAttributes(*item.element, {}, {kIDId});
     TakeOtherElements(item, property_map, content.cache, oddities);
     if (property_map != nullptr) {
         oddities.TakeProperties(*property_map, item.owner);
@@ -174,7 +174,8 @@ MapContent ContentOf(const Inventory& inventory) {
         content.security = security->GetValue();
     }
     Oddities oddities;
-    oddities.TakeAttributes(*map, {}, {serial_tag, security_tag, version_tag});
+    oddities.TakeAttributes(
+        *map, {}, {InternName(serial_tag), InternName(security_tag), InternName(version_tag)});
     for (const RVT_Node& child : Children(*map)) {
         if (child.IsType(RVT_ELEMENT) && !child.IsName(tag::Platform) &&
             !child.IsName(tag::Console)) {

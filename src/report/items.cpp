@@ -33,7 +33,7 @@ bool IsSwitch(const Key& key) {
 
 static Item ItemOf(const RVT_Node& element) {
     const Owner owner = element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
-    const RVT_Node* id = FindAttribute(element, ID_tag);
+    const RVT_Node* id = FindAttribute(element, kIDId);
     return {&element, owner, id == nullptr ? std::string_view() : id->GetValue(), std::nullopt,
             GetPropertyValues(element, owner)};
 }

@@ -13,9 +13,16 @@ struct NameHash : std::hash<std::string_view> {};
 
 struct Names {
     // In the order of the ids that the header gives.
-    std::vector<std::string_view> texts = {"", "xmlns", "name", "value"};
-    std::unordered_map<std::string_view, NameId, NameHash> ids = {
-        {"", 0}, {"xmlns", kXmlnsId}, {"name", kNameId}, {"value", kValueId}};
+    std::vector<std::string_view> texts = {"",         "xmlns",    "name", "value",
+                                           "Property", "readonly", "type", "ID"};
+    std::unordered_map<std::string_view, NameId, NameHash> ids = {{"", 0},
+                                                                  {"xmlns", kXmlnsId},
+                                                                  {"name", kNameId},
+                                                                  {"value", kValueId},
+                                                                  {"Property", kPropertyId},
+                                                                  {"readonly", kReadonlyId},
+                                                                  {"type", kTypeId},
+                                                                  {"ID", kIDId}};
 };
 
 Names names;
