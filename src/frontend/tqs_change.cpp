@@ -197,19 +197,12 @@ Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
 
 // Runs the steps of the plan, as a script of them would be.
 Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
-    std::string text;
-    Output out(text);
-    PrintScript(plan.script, out);
-    static_cast<void>(out.Flush());
-    const ChangeScript script = ReadChangeScript(text);
-    Outcome outcome = ApplyOrTry(run, script.commands, options);
+    Outcome outcome = ApplyOrTry(run, CommandsOf(plan.script), options);
     if (run.Refusals().empty()) {
         return outcome;
     }
-    const auto& [line, refusal] = run.Refusals().front();
-    const auto command = std::ranges::find(script.commands, line, &ScriptCommand::line);
-    const auto step = plan.script.steps.begin() + (command - script.commands.begin());
-    return Refused(plan, {{step->subject, Why(refusal), refusal.code()}});
+    const auto& [index, refusal] = run.Refusals().front();
+    return Refused(plan, {{plan.script.steps[index].subject, Why(refusal), refusal.code()}});
 }
 
 }  // namespace

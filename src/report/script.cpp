@@ -136,46 +136,41 @@ Script ExportScript(const Inventory& now) {
     return ScriptFromTo(NewInventory(), now);
 }
 
-static void PutOption(std::string_view option, std::string_view value, Output& out) {
-    out.Put(" -");
-    out.Put(option);
-    out.Put(" ");
-    out.Put(ShellWord(value, false));
-}
-
-static void PutSettings(const Command& command, const ActionRow& row, Output& out) {
+static void AddSettings(const Command& command, const ActionRow& row,
+                        std::vector<std::string>& words) {
     for (const auto& [property, value] : command.settings) {
         const PropertyRow& one = RowOf(property);
         const bool is_rename = row.rest == Rest::kChanges && property == Property::kName;
         const bool is_switch = one.kind == ValueKind::kSwitch;
-        PutOption(is_rename ? "newname" : one.key,
-                  !is_switch           ? value
-                  : value == switch_on ? "1"
-                                       : "0",
-                  out);
+        words.push_back("-" + std::string(is_rename ? "newname" : one.key));
+        words.push_back(!is_switch ? value : value == switch_on ? "1" : "0");
     }
 }
 
-static void PutCommand(const Command& command, Output& out) {
+// The words of a command line: the program, the action, options and values in turn.
+static std::vector<std::string> WordsOf(const Command& command) {
     const ActionRow& row = RowOf(command.action);
-    out.Put("tqsmgr ");
-    out.Put(row.word);
-    out.Put(row.object.empty() ? "" : " ");
-    out.Put(row.object);
+    std::vector<std::string> words = {"tqsmgr", std::string(row.word)};
     if (row.rest == Rest::kSwitch) {
-        out.Put(" " + ShellWord(command.security, false));
-        return;
+        words.push_back(command.security);
+        return words;
     }
-    PutOption(row.target.substr(1), command.name, out);
+    words.insert(words.end(), {std::string(row.object), std::string(row.target), command.name});
     if (!command.platform.empty()) {
-        PutOption("platform", command.platform, out);
+        words.insert(words.end(), {"-platform", command.platform});
     }
-    PutSettings(command, row, out);
+    AddSettings(command, row, words);
+    return words;
 }
 
 void PrintScript(const Script& script, Output& out) {
     for (const Step& step : script.steps) {
-        PutCommand(step.command, out);
+        const std::vector<std::string> words = WordsOf(step.command);
+        for (size_t i = 0; i < words.size(); ++i) {
+            const bool is_value = i % 2 == 0 && (i > 2 || (i == 2 && words.size() == 3));
+            out.Put(i == 0 ? "" : " ");
+            out.Put(is_value ? ShellWord(words[i], false) : words[i]);
+        }
         if (step.command.action == Action::kUpdateCache) {
             std::string document = " ";
             AppendHereDocument(step.document, document);
@@ -184,4 +179,19 @@ void PrintScript(const Script& script, Output& out) {
             out.Put("\n");
         }
     }
+}
+
+std::vector<ScriptCommand> CommandsOf(const Script& script) {
+    std::vector<ScriptCommand> commands;
+    for (const Step& step : script.steps) {
+        const std::vector<std::string> words = WordsOf(step.command);
+        auto* kept = static_cast<const char**>(arena::Allocate(words.size() * sizeof(char*)));
+        std::ranges::transform(words, kept, arena::Copy);
+        ScriptCommand command{commands.size(), {kept, words.size()}, {}};
+        if (step.command.action == Action::kUpdateCache) {
+            command.input = step.document;
+        }
+        commands.push_back(command);
+    }
+    return commands;
 }

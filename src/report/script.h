@@ -12,6 +12,7 @@
 #include "base/output.h"
 #include "model/inventory.h"
 #include "report/work.h"
+#include "translog/change_script.h"
 
 struct Script {
     // Run in their order on the one inventory they give it the content of the other; none when it
@@ -40,3 +41,6 @@ Script ExportScript(const Inventory& now);
 //     tqsmgr -update system -name "db1" -port "2005"
 // Does not flush "out".
 void PrintScript(const Script& script, Output& out);
+
+// The same as read, with the index of each step for its line. The script must outlive them.
+std::vector<ScriptCommand> CommandsOf(const Script& script);

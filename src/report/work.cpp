@@ -91,12 +91,16 @@ void Work::Judge(const Element& item, Property property, std::string_view value,
 }
 
 // The next write changes what it cannot keep, also where no command sets it.
+void Work::JudgeText(const Element& item, std::string_view value) {
+    if (!IsReadAsWritten(value)) {
+        Obstruct(Label(item), Shortened(value) + " would not be kept as it is",
+                 ExitCode::kInvalidArgument);
+    }
+}
+
 void Work::JudgeTexts(const Element& item, const RVT_Node& node) {
     for (const RVT_Node& attribute : Attributes(node)) {
-        if (!IsReadAsWritten(attribute.GetValue())) {
-            Obstruct(Label(item), Shortened(attribute.GetValue()) + " would not be kept as it is",
-                     ExitCode::kInvalidArgument);
-        }
+        JudgeText(item, attribute.GetValue());
     }
     for (const RVT_Node& child : Children(node)) {
         const bool is_item = child.IsName(tag::Console) && &node == item.element;
@@ -131,13 +135,13 @@ bool Work::CanBeKept(size_t before, size_t now) const {
 void Work::PlanItem(size_t now) {
     const Element& item = comparison_.now()[now];
     const size_t before = comparison_.PartnerOfNow(now);
-    JudgeTexts(item, *item.element);
     if (before == kNone || !CanBeKept(before, now)) {
         unit_of_[now] = units.size();
         units.push_back({.now = now, .command = {}});
         PlanAddition(item, ContentOf(item));
         return;
     }
+    JudgeTexts(item, *item.element);
     kept_[before] = true;
     if (!AreAlike(comparison_.before()[before], item)) {
         PlanUpdate(before, now);
@@ -160,6 +164,12 @@ void Work::PlanAddition(const Element& item, const Content& content) {
     command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
     command.name = item.name;
     command.platform = item.platform == kNone ? "" : comparison_.now()[item.platform].name;
+    for (const Property property : PropertiesOf(item.owner)) {
+        JudgeText(item, content.values[property]);
+    }
+    if (content.cache != nullptr) {
+        JudgeTexts(item, *content.cache);
+    }
     for (const Property property : PropertiesOf(item.owner)) {
         const std::string_view value = content.values[property];
         if (content.values.Has(property)) {

@@ -62,6 +62,7 @@ class Work {
   private:
     void Judge(const Element& item, Property property, std::string_view value, bool is_new);
     void JudgeMap();
+    void JudgeText(const Element& item, std::string_view value);
     void JudgeTexts(const Element& item, const RVT_Node& node);
     [[nodiscard]] bool CanBeKept(size_t before, size_t now) const;
     void PlanItem(size_t now);
