@@ -4,13 +4,14 @@
 #     ```sh          all lines are run; no command may fail
 #     .Bd -literal   the same, among the EXAMPLES of a manual page
 # Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
-#     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory)
+#     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory; the
+#                                    other one stands beside it)
 set -u
 program=$(realpath "$1")
 source=$(realpath "$(dirname "$0")/../..")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir "$work/path" && ln -s "$program" "$work/path/tqsmgr"
+mkdir "$work/path" && ln -s "$program" "$work/path/tqsmgr" && ln -s "$(dirname "$program")/tqs-test" "$work/path/tqs"
 PATH=$work/path:$PATH
 failures=0
 blocks=0
@@ -43,7 +44,7 @@ for document in "$source"/README.md "$source"/docs/*.md "$source"/man/*.[58]; do
     mkdir -p "$folder/blocks" "$folder/tree" && cd "$folder/tree" || exit 1
     mkdir -p usr/opt/tqs/bin usr/opt/tqs/config usr/opt/tqs/events usr/opt/tqs/logs etc/init.d tmp
     cp "$source"/packaging/starter/* usr/opt/tqs/config
-    ln -s "$program" usr/opt/tqs/bin/tqsmgr
+    cp -P "$work"/path/* usr/opt/tqs/bin
     for notified in usr/opt/tqs/bin/notifyweb usr/opt/tqs/bin/notifylrp etc/init.d/kfxd; do
         printf '#!/bin/sh\n' > $notified && chmod +x $notified
     done
