@@ -2,7 +2,7 @@
 # Runs the commands of the documents, each document in a private tree of its own, its blocks in order:
 #     ```console     lines after "$ " (and "> ") are run; what they print must be the other lines
 #     ```sh          all lines are run; no command may fail
-#     .Bd -literal   the same, among the EXAMPLES of a manual page
+#     .Bd -literal   the same, among the EXAMPLES and DIAGNOSTICS of a manual page
 # Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
 #     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory; the
 #                                    other one stands beside it)
@@ -29,7 +29,7 @@ take_blocks() {
              else if ($0 == "```sh") begin("sh")
              else kind = "other"
              next }
-    /^\.Sh / { examples = ($0 == ".Sh EXAMPLES") }
+    /^\.Sh / { examples = ($0 ~ /EXAMPLES|DIAGNOSTICS/) }
     examples && /^\.Bd -literal/ { begin("sh"); next }
     examples && /^\.Ed/ { kind = ""; next }
     examples { gsub(/\\e/, "\\"); gsub(/\\-/, "-"); gsub(/\\&/, "") }
