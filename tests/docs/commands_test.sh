@@ -2,7 +2,9 @@
 # Runs the commands of the documents, each document in a private tree of its own, its blocks in order:
 #     ```console     lines after "$ " (and "> ") are run; what they print must be the other lines
 #     ```sh          all lines are run; no command may fail
-#     .Bd -literal   the same, among the EXAMPLES and DIAGNOSTICS of a manual page
+#     ```cron        the commands of the lines, in the same way
+#     ```yaml        those of the tasks
+#     .Bd -literal   all lines, among the EXAMPLES and DIAGNOSTICS of a manual page
 # Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
 #     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory; the
 #                                    other one stands beside it)
@@ -26,14 +28,15 @@ take_blocks() {
                              print line > (base ".sh") }
     /^```/ { if (kind != "") kind = ""
              else if ($0 == "```console") begin("console")
-             else if ($0 == "```sh") begin("sh")
+             else if ($0 == "```sh" || $0 == "```yaml" || $0 == "```cron") begin(substr($0, 4))
              else kind = "other"
              next }
     /^\.Sh / { examples = ($0 ~ /EXAMPLES|DIAGNOSTICS/) }
     examples && /^\.Bd -literal/ { begin("sh"); next }
     examples && /^\.Ed/ { kind = ""; next }
     examples { gsub(/\\e/, "\\"); gsub(/\\-/, "-"); gsub(/\\&/, "") }
-    kind == "sh" { command($0) }
+    kind == "sh" || (kind == "yaml" && sub(/.* ansible.builtin.command: /, "")) { command($0) }
+    kind == "cron" { for (i = 1; i <= 6; i++) sub(/^[^ ]+ /, ""); command($0) }
     kind == "console" && /^[$>] / { command(substr($0, 3)); next }
     kind == "console" { gsub(/\/usr\/opt\/tqs/, "usr/opt/tqs"); print > (base ".out") }
     ' "$1"
