@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Shows the main job in a private tree, which is removed at the end: nothing of the system is touched
 # but for the packages that the build needs. The argument, if given, is a built test program, the one
-# whose paths are below the working directory; then nothing is installed or built.
+# whose paths are below the working directory, with "tqs-test" beside it; then nothing is installed or
+# built.
 set -euo pipefail
 program=${1:+$(realpath -- "$1")}
 # shellcheck source=scripts/common.sh
@@ -13,7 +14,7 @@ if [ -z "$program" ]; then
     builds=$(builds)
     echo "Building $builds/release ..."
     configure release "$builds/release" -DTQS_TESTS=ON
-    cmake --build "$builds/release" --target tqsmgr-test -j "$jobs" -- --quiet
+    cmake --build "$builds/release" --target tqsmgr-test tqs-test -j "$jobs" -- --quiet
     program=$builds/release/tests/tqsmgr-test
 fi
 
@@ -21,6 +22,7 @@ demo=$(mktemp -d)
 trap 'rm -rf -- "$demo"' EXIT
 starter=$PWD/packaging/starter
 mkdir "$demo/path" && ln -s "$program" "$demo/path/tqsmgr"
+ln -s "$(dirname -- "$program")/tqs-test" "$demo/path/tqs"
 PATH=$demo/path:$PATH
 
 # fresh FOLDER: makes FOLDER a tree as an installation leaves it and goes there.
@@ -40,8 +42,8 @@ show() {
     printf '\n$%s\n' "$line${input:+ < $input}"
     "$@" < "${input:-/dev/null}"
 }
-# refused CODE COMMAND...: a command that must fail with CODE.
-refused() {
+# ends CODE COMMAND...: a command that must end with CODE, which is not 0.
+ends() {
     local expected=$1 code=0
     shift
     show "$@" 2>&1 || code=$?
@@ -71,8 +73,25 @@ input=tmp/cache.xml run -update cache -platform lab1
 run -update system -name db1 -port 2006 -comment "moved from 2003"
 
 title "A mistake is refused, and nothing changes"
-refused 7 tqsmgr -add system -name db2 -platform lab1 -port 2006
-refused 18 tqsmgr -add platform -name lab3 -model none -addr 10.1.1.7 -port 7001
+ends 7 tqsmgr -add system -name db2 -platform lab1 -port 2006
+ends 18 tqsmgr -add platform -name lab3 -model none -addr 10.1.1.7 -port 7001
+
+title "Many changes are one: of a script with a mistake nothing is done"
+show cp $config/SystemMap.xml tmp/before.xml
+cat > tmp/changes.sh << 'END'
+tqsmgr -update system -name gate -addr 10.1.1.10
+tqsmgr -add system -name db2 -platform lab1 -port 2007 -type linux
+tqsmgr -add system -name db3 -platform lab1 -port 2006 -type linux
+END
+show cat tmp/changes.sh
+ends 7 tqs apply --no-notify web tmp/changes.sh
+show tqs diff tmp/before.xml $config/SystemMap.xml
+show sed -i s/2006/2008/ tmp/changes.sh
+show tqs apply --dry-run tmp/changes.sh
+show tqs apply --no-notify web tmp/changes.sh
+ends 1 tqs diff tmp/before.xml $config/SystemMap.xml
+show tqs list --kind console
+show tqs check
 
 title "The map, what the console daemon gets of it, and the log"
 show cat $config/SystemMap.xml
@@ -86,5 +105,5 @@ show sh tmp/replay.sh 2>&1 | tee tmp/output
 show cmp ../lab/$config/SystemMap.xml $config/SystemMap.xml
 show cmp ../lab/$config/kfx.conf $config/kfx.conf
 sed -n 's/^Recorded Exit Code = \([0-9]*\), This Exit Code = \([0-9]*\)$/\1 \2/p' tmp/output |
-    awk '$1 != $2 { exit 1 } END { exit NR != 9 }'
+    awk '$1 != $2 { exit 1 } END { exit NR != 12 }'
 printf '\nThe same map, the same kfx.conf, the same exit codes.\n'

@@ -2,15 +2,18 @@
 # Runs the commands of the documents, each document in a private tree of its own, its blocks in order:
 #     ```console     lines after "$ " (and "> ") are run; what they print must be the other lines
 #     ```sh          all lines are run; no command may fail
-#     .Bd -literal   the same, among the EXAMPLES of a manual page
+#     ```cron        the commands of the lines, in the same way
+#     ```yaml        those of the tasks
+#     .Bd -literal   all lines, among the EXAMPLES and DIAGNOSTICS of a manual page
 # Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
-#     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory)
+#     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory; the
+#                                    other one stands beside it)
 set -u
 program=$(realpath "$1")
 source=$(realpath "$(dirname "$0")/../..")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir "$work/path" && ln -s "$program" "$work/path/tqsmgr"
+mkdir "$work/path" && ln -s "$program" "$work/path/tqsmgr" && ln -s "$(dirname "$program")/tqs-test" "$work/path/tqs"
 PATH=$work/path:$PATH
 failures=0
 blocks=0
@@ -25,14 +28,15 @@ take_blocks() {
                              print line > (base ".sh") }
     /^```/ { if (kind != "") kind = ""
              else if ($0 == "```console") begin("console")
-             else if ($0 == "```sh") begin("sh")
+             else if ($0 == "```sh" || $0 == "```yaml" || $0 == "```cron") begin(substr($0, 4))
              else kind = "other"
              next }
-    /^\.Sh / { examples = ($0 == ".Sh EXAMPLES") }
+    /^\.Sh / { examples = ($0 ~ /EXAMPLES|DIAGNOSTICS/) }
     examples && /^\.Bd -literal/ { begin("sh"); next }
     examples && /^\.Ed/ { kind = ""; next }
     examples { gsub(/\\e/, "\\"); gsub(/\\-/, "-"); gsub(/\\&/, "") }
-    kind == "sh" { command($0) }
+    kind == "sh" || (kind == "yaml" && sub(/.* ansible.builtin.command: /, "")) { command($0) }
+    kind == "cron" { for (i = 1; i <= 6; i++) sub(/^[^ ]+ /, ""); command($0) }
     kind == "console" && /^[$>] / { command(substr($0, 3)); next }
     kind == "console" { gsub(/\/usr\/opt\/tqs/, "usr/opt/tqs"); print > (base ".out") }
     ' "$1"
@@ -43,7 +47,7 @@ for document in "$source"/README.md "$source"/docs/*.md "$source"/man/*.[58]; do
     mkdir -p "$folder/blocks" "$folder/tree" && cd "$folder/tree" || exit 1
     mkdir -p usr/opt/tqs/bin usr/opt/tqs/config usr/opt/tqs/events usr/opt/tqs/logs etc/init.d tmp
     cp "$source"/packaging/starter/* usr/opt/tqs/config
-    ln -s "$program" usr/opt/tqs/bin/tqsmgr
+    cp -P "$work"/path/* usr/opt/tqs/bin
     for notified in usr/opt/tqs/bin/notifyweb usr/opt/tqs/bin/notifylrp etc/init.d/kfxd; do
         printf '#!/bin/sh\n' > $notified && chmod +x $notified
     done

@@ -44,6 +44,18 @@ for floor in $(tac "$work/floors"); do
     [ -z "$higher" ] || ! grep -rnE "#include \"($higher)/" "src/$floor" || failures=1
     higher="${higher:+$higher|}$floor"
 done
+# Each message, up to its first value, stands in a manual page.
+for page in man/*; do mandoc -Tascii -Owidth=500 "$page" | sed "s/.$(printf '\b')//g"; done | tr -s ' \n' ' ' > "$work/pages"
+grep -rhoE '"[A-Z][a-z]+ [^"]*"' src --include=*.cpp --exclude=usage.cpp --exclude=tqs_main.cpp |
+    sed 's/^"//; s/[\%"].*//; s/ *$//' | sort -u > "$work/messages"
+[ "$(wc -l < "$work/messages")" -ge 50 ] || failures=1
+while read -r message; do
+    grep -qF -- "$message" "$work/pages" || { echo "no manual page tells of: $message"; failures=1; }
+done < "$work/messages"
+# For each failure that the promises name there is a way to recover.
+failures_in() { sed -n '/^|---/,$s/^| \([^|]*\) |.*/\1/p' "$1"; }
+failures_in docs/promises.md > "$work/promised"
+failures_in docs/howto.md | diff "$work/promised" - || failures=1
 
 mandoc -Tlint -Wwarning man/* || failures=1
 exit $failures
