@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "base/calls.h"
+#include "base/paths.h"
 #include "base/text.h"
 #include "report/completion.h"
 #include "report/script.h"
@@ -69,7 +70,8 @@ Result<Source> ReadSource(const std::string& path) {
     }
     const mode_t type = path == "-" ? 0 : TypeOf(file.get());
     ReadText(file.get(), type == S_IFREG || type == S_IFDIR, source.text);
-    if (IsMap(source.text)) {
+    // The product's own is a map, whatever it holds.
+    if (path == paths::kSystemMap || IsMap(source.text)) {
         Outcome outcome = ReadDocument(source);
         return outcome.ok() ? Result(std::move(source)) : outcome;
     }

@@ -101,10 +101,10 @@ void AddList(CLI::App& app, ListWords& words) {
     list->add_option("--where", words.where,
                      "Only those whose value matches the shell pattern, or with != does not; all "
                      "must hold")
-        ->type_name("KEY=GLOB|KEY!=GLOB...")
+        ->type_name("KEY=GLOB|KEY!=GLOB")
         ->allow_extra_args(false);
     list->add_option("--fields", words.fields, "These keys, in this order")
-        ->type_name("KEY[,KEY]...")
+        ->type_name("KEY[,KEY]")
         ->delimiter(',')
         ->allow_extra_args(false);
     list->add_option("--sort", words.sort, "By this key, instead of in the order of the map")
@@ -168,7 +168,7 @@ CLI::App* AddChange(CLI::App& app, ChangeWords& words, const char* name, const c
                      "Wait so long for the lock, instead of as long as it takes")
         ->type_name("SECONDS");
     change->add_option("--no-notify", words.silenced, "Do not notify them")
-        ->type_name("web|kfxd...")
+        ->type_name("web|kfxd")
         ->allow_extra_args(false);
     change->add_option("--map", words.options.map, "Another map than the product's")
         ->type_name("MAP");
