@@ -48,10 +48,10 @@ TEST(ChangeScript, ReadsPlainWordsAlone) {
          "7: \"$\" without a backslash\n8: \">\" outside quotes\n"},
         {"a=x/tqsmgr\n'a'=x/tqsmgr\ntqsmgr\\\n \\\n <a\ntqsmgr <<-E\nE\ntqsmgr 2<<E\nE\n<<E\nE\n"
          " " +
-             kEcho,
+             kEcho + Replaced(kEcho, "This", "That"),
          "|\n1: an assignment\n3: \"<\" that begins no here-document\n"
          "6: a here-document with \"<<-\"\n8: \"<\" for a descriptor\n10: no tqsmgr command\n"
-         "12: \"$\" without a backslash\n"},
+         "12: \"$\" without a backslash\n13: \"$\" without a backslash\n"},
         {"tqsmgr <<A <<B\nB\ntqsmgr <<\nA\ntqsmgr <<E\n\n$x\nE\ntqsmgr <<E\na\\\nE\n\\\nE\nE",
          "1: a second here-document\n3: a here-document without a delimiter\n4: no tqsmgr command\n"
          "7: \"$\" without a backslash\n12: lines that make the delimiter together\n"},
@@ -114,7 +114,7 @@ const std::string kRules =
     "D|"
     "-remove K -name N|-update cache -platform N U|-update cache -platform a U|-remove cache "
     "-platform N|-security true|-write kfxconf|-remove sytem;"
-    "W|-platform a|-addr A;K|platform|system;D|-newname M|-addr A|-port P|-mport 7|-port P;"
+    "W|-platform a|-addr A;K|platform|system;D|-newname M|-addr A|-port P|-auth 0|-port P;"
     "C|-comment V|-comment V|-template V|-events 1 -logging 0;Y|aix|linux|vms;A|1.1.1.1|1.1.1.2;"
     "P|1|2|3;V|\"a~b\"|'$x_\"y\"'|\\`é|LONG|'<&\\'|\"it's\";M|a|b|c|d|e|f;N|a|a|A|b|c|d;"
     "U|<<'E'\n<?xml_version=\"1.0\"?>\n<Cache_a=\"~$\"/>\nE|<<E\n<?xml_version=\"1.0\"?>\n<Cache>"
@@ -280,9 +280,12 @@ TEST(Apply, LeavesOldFilesOrNewOnes) {
         std::string err;
         bool is_written;
         std::string codes;
+        std::string script = "tqsmgr -security true\n" + kLab + "tqsmgr -security false\n";
     } rows[] = {
         {kMap + ".tmp/x", 40, "Cannot open \"" + kMap + ".tmp\".", false, "40"},
         {kKfxConf + "/x", 40, "Cannot open \"" + kKfxConf + "\".", true, "0 40 0"},
+        {kKfxConf + "/x", 40, "Cannot open \"" + kKfxConf + "\".", false, "40",
+         "tqsmgr -write kfxconf"},
         {kLock + "/x", 43, "Cannot open lock file \"" + kLock + "\".", false, "43"},
         {kMap, 20, "", false, "20"},
     };
@@ -292,7 +295,7 @@ TEST(Apply, LeavesOldFilesOrNewOnes) {
             std::filesystem::path(tree.Path(row.obstacle)).parent_path());
         tree.Write(row.obstacle, "");
         const std::string before = tree.Read(kMap);
-        tree.Write("s", "tqsmgr -security true\n" + kLab + "tqsmgr -security false\n");
+        tree.Write("s", row.script);
         const RunResult r = tree.Shell("tqs apply s");
         EXPECT_EQ(r.code, row.code) << r.err;
         EXPECT_TRUE(row.err.empty() || r.err == "tqs: " + row.err + "\n") << r.err;
@@ -301,7 +304,7 @@ TEST(Apply, LeavesOldFilesOrNewOnes) {
                   row.codes + "\n");
         EXPECT_EQ(tree.Read(kCalls), "(none)");
         EXPECT_EQ(tree.Shell("grep -c '^# Nothing changed.$' " + kLog).out,
-                  row.is_written ? "0\n" : "1\n");
+                  row.obstacle.starts_with(kKfxConf) ? "0\n" : "1\n");
     }
 }
 

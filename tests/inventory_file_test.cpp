@@ -145,7 +145,7 @@ static const std::string kRules =
     "T|-add platform -name N -model M100 -addr A -port P E|-add system -name N W -port P E|"
     "-add system -name N W -port P -type aix|-update K -name N D D|-remove K -name N|-security S;"
     "W|-platform a|-platform b|-addr A;K|platform|system;D|E|-newname N|-port P|-addr A -port P;"
-    "E|-comment V|-mport P|-enable B|-logging 0;S|true|false;B|0|1;A|1.1.1.1|1.1.1.2|1.1.1.3;"
+    "E|-comment V|-auth B|-enable B|-logging 0;S|true|false;B|0|1;A|1.1.1.1|1.1.1.2|1.1.1.3;"
     "P|1|2|3|4;N|a|b|c|d|e|f;V|''|a,b|\"q\"|,|é";
 
 static void RunSession(std::mt19937& random, Inventory& inventory) {
