@@ -3,12 +3,20 @@
 # The day of the build; SOURCE_DATE_EPOCH, where it is set, makes builds repeatable.
 string(TIMESTAMP TQS_BUILD_DATE "%Y-%m-%d" UTC)
 
+# What CXXFLAGS says of the optimization holds.
 set(CMAKE_CXX_FLAGS_RELEASE "-O2 -DNDEBUG")
+if(CMAKE_CXX_FLAGS MATCHES "-O")
+  set(CMAKE_CXX_FLAGS_RELEASE -DNDEBUG)
+endif()
 
-# Who packages the program for other compilers can switch both off; a compiler for other processors
-# may lack a part of the second.
-set(CMAKE_COMPILE_WARNING_AS_ERROR ON CACHE BOOL "Take warnings for errors")
+# Warnings stop those who build the tests, not those who build the program with a compiler of
+# another day; either can say otherwise.
+if(NOT DEFINED CMAKE_COMPILE_WARNING_AS_ERROR)
+  set(CMAKE_COMPILE_WARNING_AS_ERROR ${TQS_TESTS})
+endif()
 option(TQS_HARDEN "Harden the program as Debian's packages are" ON)
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
 
 add_library(tqs_options INTERFACE)
 target_include_directories(tqs_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
@@ -16,7 +24,11 @@ target_include_directories(tqs_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(tqs_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
-target_link_options(tqs_options INTERFACE -Wl,-z,pack-relative-relocs)
+# A linker for another processor, or an older one, warns of it and leaves it out.
+check_linker_flag(CXX -Wl,--fatal-warnings,-z,pack-relative-relocs TQS_PACKS_RELOCATIONS)
+if(TQS_PACKS_RELOCATIONS)
+  target_link_options(tqs_options INTERFACE -Wl,-z,pack-relative-relocs)
+endif()
 # Optimized as a whole. Objects keep their symbols, which check_calls.cmake looks at.
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT TQS_SANITIZE)
   target_compile_options(tqs_options INTERFACE
@@ -24,14 +36,17 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND NOT TQS_SANITIZE)
   target_link_options(tqs_options INTERFACE $<$<CONFIG:Release>:-flto=auto>)
 endif()
 if(TQS_HARDEN)
-  include(CheckCXXCompilerFlag)
-  foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+  # Each where the compiler knows it for its processor; some only warn where they do not.
+  set(CMAKE_REQUIRED_FLAGS -Werror)
+  foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection
+          -mbranch-protection=standard)
     string(MAKE_C_IDENTIFIER "TQS_HAS${flag}" has)
     check_cxx_compiler_flag(${flag} ${has})
     if(${has})
       target_compile_options(tqs_options INTERFACE ${flag})
     endif()
   endforeach()
+  unset(CMAKE_REQUIRED_FLAGS)
   target_compile_options(tqs_options INTERFACE -fPIE)
   target_link_options(tqs_options INTERFACE -pie -Wl,-z,relro,-z,now)
 endif()
@@ -40,7 +55,7 @@ if(TQS_SANITIZE)
   target_compile_options(tqs_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tqs_options INTERFACE -fsanitize=address,undefined)
-elseif(TQS_HARDEN)
+elseif(TQS_HARDEN AND NOT CMAKE_CXX_FLAGS MATCHES "_FORTIFY_SOURCE")
   target_compile_definitions(tqs_options INTERFACE
     $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
 endif()

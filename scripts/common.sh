@@ -5,6 +5,11 @@
 unset CDPATH
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." || exit
 jobs=${JOBS:-2}
+# The programs tell the day of the last commit, so that the same sources make the same programs.
+if [ -z "${SOURCE_DATE_EPOCH:-}" ] && 
+    SOURCE_DATE_EPOCH=$(git -c safe.directory="$PWD" log -1 --format=%ct 2>/dev/null); then
+    export SOURCE_DATE_EPOCH
+fi
 build_packages="g++ cmake ninja-build libxerces-c-dev libicu-dev libcli11-dev nlohmann-json3-dev"
 
 # Installs those of the named Debian packages that are missing.
@@ -38,11 +43,13 @@ builds() {
     fi
 }
 
-# configure PRESET FOLDER [OPTION...]: prepares FOLDER for building. What was configured for a
-# checkout that stood elsewhere is thrown away.
+# configure PRESET FOLDER [OPTION...]: prepares FOLDER for building, with the flags of CXXFLAGS,
+# CPPFLAGS and LDFLAGS. What was configured for a checkout that stood elsewhere is thrown away.
 configure() {
     local preset=$1 folder=$2 options=()
     shift 2
+    options+=("-DCMAKE_CXX_FLAGS=${CXXFLAGS:-}${CPPFLAGS:+ $CPPFLAGS}"
+        "-DCMAKE_EXE_LINKER_FLAGS=${LDFLAGS:-}")
     if [ -f "$folder/CMakeCache.txt" ] &&
         ! grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" "$folder/CMakeCache.txt"; then
         rm -r -- "$folder"
