@@ -9,5 +9,5 @@ umask 022
 need $build_packages dpkg-dev file
 builds=$(builds)
 configure release "$builds/release"
-cmake --build "$builds/release" --target tqsmgr -j "$jobs" -- --quiet
+cmake --build "$builds/release" --target tqsmgr tqs -j "$jobs" -- --quiet
 (cd "$builds/release" && cpack)

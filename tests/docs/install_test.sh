@@ -39,5 +39,7 @@ case $dynamic in
 esac
 [ "$(cat "$product/config/SystemMap.xml")" = changed ] || failures=1
 [ -L "$product/config/models" ] || failures=1
-[ "$(find "$DESTDIR" -path '*/man[58]/*.gz' -o -path '*/completions/tqsmgr' | wc -l)" -eq 3 ] || failures=1
+[ "$(readlink -f "$DESTDIR/usr/local/bin/tqs")" = "$(realpath "$product/bin/tqs")" ] || failures=1
+pages=$(cd "$(dirname "$0")/../.." && find man completion -type f | wc -l)
+[ "$(find "$DESTDIR" -path '*/man[58]/*.gz' -o -path '*/completions/tqs*' | wc -l)" -eq "$pages" ] || failures=1
 exit $failures

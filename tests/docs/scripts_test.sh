@@ -12,10 +12,15 @@ must() {
 }
 
 must env DESTDIR="$work/a root" scripts/install.sh
-must test -x "$work/a root/usr/opt/tqs/bin/tqsmgr" -a -f "$work/a root/usr/opt/tqs/config/SystemMap.xml"
+must test -x "$work/a root/usr/opt/tqs/bin/tqsmgr" -a -L "$work/a root/usr/local/bin/tqs"
+must env DESTDIR="$work/a root" scripts/install.sh --uninstall
+left=$(cd "$work/a root" && find . ! -type d -printf "%f\n" | LC_ALL=C sort | tr "\n" " ")
+[ "$left" = "SystemMap.xml models ostypes " ] || { echo "left: $left"; failures=1; }
 must scripts/package.sh
 package=$(sed -n 's/.*package: \(.*\.deb\) generated.*/\1/p' "$work/printed")
-dpkg-deb --contents "$package" | grep '^-rwxr-xr-x root/root .* \./usr/opt/tqs/bin/tqsmgr$' > /dev/null || failures=1
+dpkg-deb --contents "$package" > "$work/contents"
+must grep '^-rwxr-xr-x root/root .* \./usr/opt/tqs/bin/tqsmgr$' "$work/contents"
+must grep 'root/root .* \./usr/bin/tqs -> \.\./opt/tqs/bin/tqs$' "$work/contents"
 must cmake -S . -B "$work/plain"
 must cmake --preset development -B "$work/development"
 exit $failures
