@@ -10,7 +10,7 @@ if [ -z "${SOURCE_DATE_EPOCH:-}" ] &&
     SOURCE_DATE_EPOCH=$(git -c safe.directory="$PWD" log -1 --format=%ct 2>/dev/null); then
     export SOURCE_DATE_EPOCH
 fi
-build_packages="g++ cmake ninja-build libxerces-c-dev libicu-dev libcli11-dev nlohmann-json3-dev"
+build_packages="g++ cmake ninja-build make libxerces-c-dev libicu-dev libcli11-dev nlohmann-json3-dev"
 
 # Installs those of the named Debian packages that are missing.
 need() {

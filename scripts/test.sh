@@ -7,7 +7,7 @@ set -euo pipefail
 . "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
 
 # shellcheck disable=SC2086
-need $build_packages libgtest-dev libxml2-utils shellcheck mandoc make dpkg-dev file \
+need $build_packages libgtest-dev libxml2-utils shellcheck mandoc dpkg-dev file \
     clang-format clang-tidy
 echo "Looking at the format of the sources ..."
 find src tests fuzz bench '(' -name '*.cpp' -o -name '*.h' ')' -print0 | xargs -0 clang-format --dry-run -Werror
