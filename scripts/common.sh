@@ -5,11 +5,12 @@
 unset CDPATH
 cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.." || exit
 jobs=${JOBS:-2}
-# The programs tell the day of the last commit, so that the same sources make the same programs.
-if [ -z "${SOURCE_DATE_EPOCH:-}" ] && 
-    SOURCE_DATE_EPOCH=$(git -c safe.directory="$PWD" log -1 --format=%ct 2>/dev/null); then
-    export SOURCE_DATE_EPOCH
+# What is built is dated by the version's entry in the changelog, so that the same sources make the
+# same programs and the same package.
+if [ -z "${SOURCE_DATE_EPOCH:-}" ]; then
+    SOURCE_DATE_EPOCH=$(date -d "$(sed -n '/^ -- /{s/.*>  //p;q}' packaging/changelog.in)" +%s)
 fi
+export SOURCE_DATE_EPOCH
 build_packages="g++ cmake ninja-build make libxerces-c-dev libicu-dev libcli11-dev nlohmann-json3-dev"
 
 # Installs those of the named Debian packages that are missing.
