@@ -140,6 +140,31 @@ def bulk(pairs=PAIRS):
     print(f"| 100 consoles: 1,000 commands by sh / by tqs apply | {ratio:.0f} | | | what a run costs |")
 
 
+def sync(pairs=PAIRS):
+    """Rows for inventories in CSV, on the map of 10,000 platforms that the scripts made."""
+    tqs, quiet, full = APPLY[0], APPLY[2:], "add-10000.xml"
+    text = subprocess.run([tqs, "list", "--format", "csv", "--map", full], stdout=subprocess.PIPE, check=True).stdout
+    lines = text.decode().split("\r\n")
+    for i in range(6, len(lines), 6000):
+        lines[i] = lines[i].removesuffix(",") + "changed,"
+    with open("all.csv", "wb") as every, open("ten.csv", "w", newline="") as ten:
+        every.write(text)
+        ten.write("\r\n".join(lines))
+    makes, changes, writes = [], [], []
+    for _ in range(pairs):
+        script = from_fresh_copies([*APPLY, "add-10000"], "none.xml")[0]
+        makes.append(from_fresh_copies([tqs, "sync", *quiet, "all.csv"], "none.xml")[0] / script)
+        diff = from_fresh_copies([tqs, "diff", MAP, "all.csv"], full)[0]
+        write = from_fresh_copies(run("-security", "true"), full)[0] - from_fresh_copies(run("-view", "security"), full)[0]
+        changes.append(from_fresh_copies([tqs, "sync", *quiet, "ten.csv"], full)[0] / (diff + write))
+        writes.append(from_fresh_copies([tqs, "sync", *quiet, "all.csv"], full)[0] / diff)
+    for label, ratios, meaning in (
+            ("60,000 elements in CSV / tqs apply of their script", makes, "what finding the steps costs"),
+            ("ten changes of 60,000 / tqs diff and a write", changes, "what a small change costs"),
+            ("nothing to do in 60,000 / tqs diff", writes, "the second time")):
+        print(f"| tqs sync, {label} | {statistics.median(ratios):.2f} | | | {meaning} |", flush=True)
+
+
 def prepare():
     for folder in ("config", "events", "logs"):
         os.makedirs(f"usr/opt/tqs/{folder}")
@@ -190,6 +215,7 @@ def main():
     growth("-U: 16,000 / 2,000 platforms of 4 consoles", ["-U"], (2000, 4, "old"), (16000, 4, "old"),
            "in proportion: 8")
     bulk()
+    sync()
     os.chdir(BUILD)
     shutil.rmtree(folder)
 
