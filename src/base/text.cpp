@@ -40,6 +40,9 @@ int TakeCharacter(std::string_view& text) {
 }
 
 bool IsXmlText(std::string_view text) {
+    const auto is_plain = [](char c) { return c >= ' ' && c <= '~'; };
+    text.remove_prefix(
+        static_cast<size_t>(std::ranges::find_if_not(text, is_plain) - text.begin()));
     while (!text.empty()) {
         const int code = TakeCharacter(text);
         const bool allowed = code >= 0x20 ? code != 0xFFFE && code != 0xFFFF

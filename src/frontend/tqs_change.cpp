@@ -165,7 +165,7 @@ Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan
         plan.said = FileOf(source.inventory, source.Name());
         return {};
     }
-    plan.said = source.said ? *source.said : FileOf(source.inventory, source.Name());
+    plan.said = source.said ? std::move(*source.said) : FileOf(source.inventory, source.Name());
     Result<Inventory> completed = Completed(plan.said, present, keep);
     if (completed.ok()) {
         plan.now = std::move(*completed);

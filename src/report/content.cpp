@@ -191,8 +191,8 @@ static bool HaveSameAttributes(const RVT_Node& one, const RVT_Node& other, bool 
     RVT_Node_List_Elem* at_other = nullptr;
     const RVT_Node* left = one.GetFirstAttribute(at_one);
     const RVT_Node* right = other.GetFirstAttribute(at_other);
-    while (left != nullptr && right != nullptr && left->GetName() == right->GetName() &&
-           (left->IsValue(right->GetValue()) || (!ids_count && left->IsName(ID_tag)))) {
+    while (left != nullptr && right != nullptr && left->HasNameOf(*right) &&
+           (left->HasValueOf(*right) || (!ids_count && left->IsName(kIDId)))) {
         left = RVT_Node::GetNextAttribute(at_one);
         right = RVT_Node::GetNextAttribute(at_other);
     }
@@ -208,8 +208,7 @@ static std::vector<const RVT_Node*> KeptChildren(const RVT_Node& node) {
 }
 
 bool IsSameTree(const RVT_Node& one, const RVT_Node& other) {
-    return one.GetName() == other.GetName() && other.IsValue(one.GetValue()) &&
-           HaveSameAttributes(one, other, true) &&
+    return one.HasNameOf(other) && one.HasValueOf(other) && HaveSameAttributes(one, other, true) &&
            std::ranges::equal(KeptChildren(one), KeptChildren(other),
                               [](const RVT_Node* left, const RVT_Node* right) {
                                   return IsSameTree(*left, *right);
@@ -229,7 +228,7 @@ static bool AreAlikeMaps(const RVT_Node& one, const RVT_Node& other) {
     for (const RVT_Node& child : left) {
         if (at_other == right.end() || child.HasChildren() || at_other->HasChildren() ||
             !child.IsType(RVT_ELEMENT) || !at_other->IsType(RVT_ELEMENT) ||
-            !at_other->IsName(child.GetName()) || !HaveSameAttributes(child, *at_other, false)) {
+            !at_other->HasNameOf(child) || !HaveSameAttributes(child, *at_other, false)) {
             return false;
         }
         ++at_other;

@@ -134,6 +134,7 @@ Outcome ReadCsv(std::string_view text, InventoryFile& file) {
     if (Outcome outcome = CheckCharacters(text, file.name); !outcome.ok()) {
         return outcome;
     }
+    file.rows.reserve(LineAt(text, text.size()));
     CsvReader reader(text);
     std::vector<Key> keys;
     for (;;) {

@@ -19,11 +19,14 @@ std::string CacheDocument(const RVT_Node& cache) {
 // chain of renames may be as long as the inventory.
 class Turns {
   public:
-    Turns(Work& work, const Comparison& comparison, const Places& places, FreshValues& fresh)
+    // The steps are added to those that are there.
+    Turns(Work& work, const Comparison& comparison, const Places& places, FreshValues& fresh,
+          std::vector<Step>& steps)
         : work_(work),
           comparison_(comparison),
           places_(places),
           fresh_(fresh),
+          steps_(steps),
           progress_(work.units.size()) {}
 
     void Take(size_t unit) {
@@ -39,7 +42,6 @@ class Turns {
             }
         }
     }
-    std::vector<Step>& steps() { return steps_; }
 
   private:
     enum class State { kNew, kWaiting, kDone };
@@ -132,9 +134,9 @@ class Turns {
     const Comparison& comparison_;
     const Places& places_;
     FreshValues& fresh_;
+    std::vector<Step>& steps_;
     std::vector<Progress> progress_;
     std::vector<Turn> stack_;
-    std::vector<Step> steps_;
 };
 
 void AddSecurity(const Comparison& comparison, std::vector<Step>& steps) {
@@ -162,16 +164,16 @@ std::vector<Step> InOrder(Work& work, const Comparison& comparison, Crowding cro
         crowd.emplace(work, comparison, fresh);
     }
     places.Index();
-    Turns turns(work, comparison, places, fresh);
+    std::vector<Step> steps;
+    steps.reserve(1 + work.removals.size() + work.units.size());
+    AddSecurity(comparison, steps);
+    Append(steps, std::move(work.removals));
+    Turns turns(work, comparison, places, fresh, steps);
     for (size_t now = 0; now < comparison.now().size(); ++now) {
         if (work.UnitOf(now) != kNone) {
             turns.Take(work.UnitOf(now));
         }
     }
-    std::vector<Step> steps;
-    AddSecurity(comparison, steps);
-    Append(steps, std::move(work.removals));
-    Append(steps, std::move(turns.steps()));
     if (crowd) {
         Append(steps, crowd->LastSteps());
     }

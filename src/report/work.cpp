@@ -37,6 +37,8 @@ Work::Work(const Comparison& comparison)
     : comparison_(comparison),
       kept_(comparison.before().size(), false),
       unit_of_(comparison.now().size(), kNone) {
+    // What is not used of it costs nothing.
+    units.reserve(comparison.now().size());
     JudgeMap();
     for (size_t now = 0; now < comparison_.now().size(); ++now) {
         PlanItem(now);

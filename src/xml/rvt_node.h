@@ -68,6 +68,11 @@ class RVT_Node : public RVT_Node_List_Elem {
     // Exact comparisons.
     [[nodiscard]] bool IsName(std::string_view name) const { return GetName() == name; }
     [[nodiscard]] bool IsName(NameId name) const { return name_ == name; }
+    [[nodiscard]] bool HasNameOf(const RVT_Node& other) const { return name_ == other.name_; }
+    // Texts that are kept once lie in one place.
+    [[nodiscard]] bool HasValueOf(const RVT_Node& other) const {
+        return GetValue() == other.GetValue() || IsValue(other.GetValue());
+    }
     [[nodiscard]] bool IsValue(std::string_view value) const { return value == GetValue(); }
     [[nodiscard]] bool IsType(RVT_NODE_TYPE type) const { return type_ == type; }
 
