@@ -251,7 +251,15 @@ Outcome Complaint(const CLI::App& app, const CLI::ParseError& error) {
         return Invalid("Nothing is expected behind \"" + where.get_name() + "\" but \"" +
                        rest.front() + "\" stands there.");
     }
-    return Invalid(chosen.empty() ? "A command is missing. See \"tqs --help\"." : error.what());
+    if (chosen.empty()) {
+        return Invalid("A command is missing. See \"tqs --help\".");
+    }
+    const std::string text = error.what();
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ArgumentMismatch)) {
+        return Invalid("\"" + text.substr(0, text.find(':')) + "\" takes one value.");
+    }
+    const std::vector<std::string> before = app.remaining();
+    return Invalid(before.empty() ? text : "Options stand behind the command.");
 }
 
 void PrintError(const Outcome& outcome) {
