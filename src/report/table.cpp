@@ -60,13 +60,7 @@ void Table::AddColumn(std::string_view title) {
 }
 
 void Table::AddCell(std::string_view text) {
-    std::string shown;
-    while (!text.empty()) {
-        const std::string_view before = text;
-        const int character = TakeCharacter(text);
-        const bool is_control = character < 0x20 || (character >= 0x7F && character < 0xA0);
-        shown += is_control ? "?" : before.substr(0, before.size() - text.size());
-    }
+    std::string shown = Printable(text);
     size_t width = shown.size();
     static_cast<void>(Front(shown, width));
     cells_.push_back(std::move(shown));
