@@ -153,7 +153,7 @@ namespace {
 // What sync is about to do.
 struct Plan {
     InventoryFile said;
-    Inventory now;  // what the map shall be
+    Outline now;  // what the map shall be
     Script script;
     std::string refused;  // the place of what stands in the way, which has been told
 };
@@ -161,12 +161,12 @@ struct Plan {
 // What the map shall be.
 Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan) {
     if (!source.said && !keep) {
-        plan.now.Tree() = source.inventory.Tree();
+        plan.now = OutlineOf(source.inventory);
         plan.said = FileOf(source.inventory, source.Name());
         return {};
     }
     plan.said = source.said ? std::move(*source.said) : FileOf(source.inventory, source.Name());
-    Result<Inventory> completed = Completed(plan.said, present, keep);
+    Result<Outline> completed = CompletedOutline(plan.said, present, keep);
     if (completed.ok()) {
         plan.now = std::move(*completed);
     }
@@ -216,7 +216,7 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
     Run run;
     Plan plan;
     options.last_check = [&plan](const Inventory& result) {
-        return Comparison(result, plan.now).IsEqual()
+        return Comparison(OutlineOf(result), plan.now).IsEqual()
                    ? Outcome()
                    : Outcome(ExitCode::kIncompleteMap, "No commands lead there.");
     };
@@ -233,7 +233,7 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         if (!step.ok()) {
             return step;
         }
-        plan.script = UntriedScript(run.Map(), plan.now, Crowding::kRefused);
+        plan.script = UntriedScript(Comparison(OutlineOf(run.Map()), plan.now), Crowding::kRefused);
         if (!plan.script.obstacles.empty()) {
             return Refused(plan, plan.script.obstacles);
         }

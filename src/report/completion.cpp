@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 #include <set>
 #include <utility>
 
@@ -10,7 +11,6 @@
 #include "commands/console.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
-#include "report/content.h"
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
@@ -54,7 +54,7 @@ class Completion {
     Completion(InventoryFile& file, const Inventory& present)
         : file_(file),
           map_(file.map != nullptr ? *file.map : *present.FindSystemMap()),
-          elements_(ElementsOf(present)),
+          elements_(OutlineOf(present).elements),
           planned_(elements_.size(), kNone) {
         for (size_t i = 0; i < elements_.size(); ++i) {
             present_.try_emplace({elements_[i].owner, elements_[i].name}, i);
@@ -86,24 +86,22 @@ class Completion {
         return {};
     }
 
-    Inventory Make() {
-        Inventory inventory;
-        RVT_Node& map = CopyOfItself(map_);
-        inventory.Tree().AddChild(&map);
-        if (RVT_Node* security = FindAttribute(map, security_tag); !file_.security) {
+    Outline Make() {
+        Outline outline = {&CopyOfItself(map_), {}};
+        if (RVT_Node* security = FindAttribute(*outline.map, security_tag); !file_.security) {
         } else if (security != nullptr) {
             security->SetValue(*file_.security);
         } else {
-            SetAttributes(map, {{security_tag, *file_.security}});
+            SetAttributes(*outline.map, {{security_tag, *file_.security}});
         }
-        for (const bool is_inside : {false, true}) {
-            for (Item& item : items_) {
-                if ((item.platform != kNone) == is_inside) {
-                    MakeItem(item, is_inside ? *items_[item.platform].made : map);
-                }
-            }
+        outline.elements.reserve(items_.size());
+        size_t platform = kNone;
+        for (const size_t i : InOrderOfMap()) {
+            const bool is_inside = items_[i].platform != kNone;
+            platform = is_inside ? platform : outline.elements.size();
+            outline.elements.push_back(MakeItem(items_[i], is_inside ? platform : kNone, outline));
         }
-        return inventory;
+        return outline;
     }
 
   private:
@@ -114,7 +112,6 @@ class Completion {
         std::string_view name;
         size_t present;           // the index of what it is at present, or kNone
         size_t platform = kNone;  // the index of the item that it is inside of
-        RVT_Node* made = nullptr;
     };
     using ByName = std::map<std::pair<Owner, std::string_view>, size_t>;
 
@@ -190,22 +187,41 @@ class Completion {
                    : Wrong(*item.row, "Its platform " + Shortened(name) + " is not there.");
     }
 
-    void MakeItem(Item& item, RVT_Node& parent) {
+    // The indexes of the items, those of consoles behind that of their platform.
+    [[nodiscard]] std::vector<size_t> InOrderOfMap() const {
+        std::vector<size_t> order(items_.size());
+        std::iota(order.begin(), order.end(), 0);
+        std::ranges::stable_sort(order, {}, [this](size_t i) {
+            const size_t platform = items_[i].platform;
+            return platform == kNone ? std::pair(i, false) : std::pair(platform, true);
+        });
+        return order;
+    }
+
+    // "platform" is the index in "outline" of that which it is inside of.
+    [[nodiscard]] Element MakeItem(const Item& item, size_t platform,
+                                   const Outline& outline) const {
         const RVT_Node* said = item.row == nullptr ? nullptr : item.row->element;
         if (said == nullptr && item.present == kNone) {
-            item.made = &AddOwner(parent, item.owner, "", NewValues(item));
-            return;
+            const std::string_view address =
+                platform == kNone ? "" : ValueOf(outline.elements[platform], kAddress);
+            return {.owner = item.owner,
+                    .values = NewValues(item, address),
+                    .platform = platform,
+                    .name = item.name,
+                    .id = {}};
         }
         const RVT_Node& element = said != nullptr ? *said : *elements_[item.present].element;
-        item.made = item.owner == Owner::kPlatform ? &CopyOfItself(element) : element.Copy();
-        parent.AddChild(item.made);
+        RVT_Node& made = item.owner == Owner::kPlatform ? CopyOfItself(element) : *element.Copy();
         if (item.row != nullptr && said == nullptr) {
-            ChangeValues(item, elements_[item.present]);
+            ChangeValues(item, elements_[item.present], made);
         }
+        return ElementOf(made, platform);
     }
 
     // A console inside a platform has its address when it is made.
-    [[nodiscard]] PropertyValues NewValues(const Item& item) const {
+    [[nodiscard]] static const PropertyValues* NewValues(const Item& item,
+                                                         std::string_view platform_address) {
         PropertyValues values;
         for (const Property property : PropertiesOf(item.owner)) {
             values[property] = item.row->values.Has(property)
@@ -213,17 +229,16 @@ class Completion {
                                    : RowOf(property).initial.value_or(std::string_view());
         }
         if (item.platform != kNone) {
-            const RVT_Node& platform = *items_[item.platform].made;
-            values[kAddress] = GetPropertyValue(platform, kAddress).value_or(std::string_view());
+            values[kAddress] = platform_address;
         }
         // An element that is not logged has no events unless they are asked for.
         if (!item.row->values.Has(kEvents) && values[kLogging] == switch_off) {
             values[kEvents] = switch_off;
         }
-        return values;
+        return new (arena::Allocate(sizeof values)) PropertyValues(values);
     }
 
-    void ChangeValues(const Item& item, const Element& present) {
+    void ChangeValues(const Item& item, const Element& present, const RVT_Node& made) const {
         const PropertyValues held = GetPropertyValues(*present.element, item.owner);
         PropertyValues said = item.row->values;
         if (item.platform != kNone) {
@@ -234,13 +249,12 @@ class Completion {
         for (const Property property : PropertiesOf(item.owner)) {
             // Nothing is taken for empty.
             if (said.Has(property) && said[property] != held[property]) {
-                Change(*item.made, property, AsHeld(property, said[property]));
+                Change(made, property, AsHeld(property, said[property]));
             }
         }
         if (item.owner == Owner::kConsole && said.Has(kPort) && said[kPort] != held[kPort]) {
             // One whose identifier cannot follow its port keeps it.
-            static_cast<void>(
-                HandleConsolePortChange(*item.made, std::string(held[kPort]), said[kPort]));
+            static_cast<void>(HandleConsolePortChange(made, std::string(held[kPort]), said[kPort]));
         }
     }
 
@@ -266,15 +280,36 @@ class Completion {
 
 }  // namespace
 
-Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep) {
+Result<Outline> CompletedOutline(InventoryFile& file, const Inventory& present, bool keep) {
     Completion completion(file, present);
     Outcome outcome = completion.Plan(keep);
     return outcome.ok() ? Result(completion.Make()) : outcome;
 }
 
+Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep) {
+    const Result<Outline> outline = CompletedOutline(file, present, keep);
+    if (!outline.ok()) {
+        return outline.outcome();
+    }
+    Inventory inventory;
+    inventory.Tree().AddChild(outline->map);
+    RVT_Node* platform = nullptr;
+    for (const Element& item : outline->elements) {
+        RVT_Node& parent = item.platform != kNone ? *platform : *outline->map;
+        RVT_Node* node = item.element;
+        if (node == nullptr) {
+            node = &AddOwner(parent, item.owner, "", *item.values);
+        } else {
+            parent.AddChild(node);
+        }
+        platform = item.platform == kNone ? node : platform;
+    }
+    return inventory;
+}
+
 InventoryFile FileOf(const Inventory& map, const std::string& name) {
     InventoryFile file = {name, false, {}, std::nullopt, map.FindSystemMap()};
-    const Elements elements = ElementsOf(map);
+    const Elements elements = OutlineOf(map).elements;
     for (const Element& element : elements) {
         Row& row = file.rows.emplace_back();
         row.number = file.rows.size();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "model/inventory.h"
+#include "report/content.h"
 #include "report/inventory_file.h"
 
 // The inventory that a file asks for where "present" is the one that there is:
@@ -22,6 +23,9 @@
 // earlier one, has a value that its kind has not, or whose platform is not there. Notes in the rows
 // which kind they are of.
 Result<Inventory> Completed(InventoryFile& file, const Inventory& present, bool keep);
+
+// The same without a tree of what is new, for who compares it: most of the cost of a large file.
+Result<Outline> CompletedOutline(InventoryFile& file, const Inventory& present, bool keep);
 
 // A map as a file that says all there is, for Completed to keep other elements with it. The map
 // must outlive it.

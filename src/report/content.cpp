@@ -11,29 +11,37 @@
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
-static Element ElementOf(const RVT_Node& element, size_t platform) {
+Element ElementOf(RVT_Node& element, size_t platform) {
     const RVT_Node* id = FindAttribute(element, kIDId);
-    return {element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole, &element, platform,
-            PropertyOrEmpty(element, Property::kName), id == nullptr ? "" : id->GetValue()};
+    return {.owner = element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole,
+            .element = &element,
+            .platform = platform,
+            .name = PropertyOrEmpty(element, Property::kName),
+            .id = id == nullptr ? "" : id->GetValue()};
 }
 
-Elements ElementsOf(const Inventory& inventory) {
-    Elements items;
-    const RVT_Node* map = inventory.FindSystemMap();
-    if (map == nullptr) {
-        return items;
+Outline OutlineOf(const Inventory& inventory) {
+    Outline outline = {inventory.FindSystemMap(), {}};
+    if (outline.map == nullptr) {
+        return outline;
     }
-    for (const RVT_Node& element : LiveElements(*map, tag::Platform, tag::Console)) {
+    Elements& items = outline.elements;
+    for (RVT_Node& element : LiveElements(*outline.map, tag::Platform, tag::Console)) {
         const size_t platform = items.size();
         items.push_back(ElementOf(element, kNone));
         if (items.back().owner == Owner::kConsole) {
             continue;
         }
-        for (const RVT_Node& console : LiveElements(element, tag::Console)) {
+        for (RVT_Node& console : LiveElements(element, tag::Console)) {
             items.push_back(ElementOf(console, platform));
         }
     }
-    return items;
+    return outline;
+}
+
+std::string_view ValueOf(const Element& item, Property property) {
+    return item.element != nullptr ? PropertyOrEmpty(*item.element, property)
+                                   : (*item.values)[property];
 }
 
 std::string_view KindOf(Owner owner) {
@@ -148,9 +156,13 @@ static void TakeOtherElements(const Element& item, const RVT_Node* property_map,
 
 Content ContentOf(const Element& item) {
     Content content;
-    content.values = GetPropertyValues(*item.element, item.owner);
+    content.values =
+        item.element != nullptr ? GetPropertyValues(*item.element, item.owner) : *item.values;
     if (item.platform != kNone) {
         content.values[Property::kAddress] = {};
+    }
+    if (item.element == nullptr) {
+        return content;
     }
     content.cache = item.owner == Owner::kPlatform ? FindCache(*item.element) : nullptr;
     const RVT_Node* property_map = FindPropertyMap(*item.element);
@@ -164,9 +176,8 @@ Content ContentOf(const Element& item) {
     return content;
 }
 
-MapContent ContentOf(const Inventory& inventory) {
+MapContent ContentOf(const RVT_Node* map) {
     MapContent content;
-    const RVT_Node* map = inventory.FindSystemMap();
     if (map == nullptr) {
         return content;
     }
@@ -250,7 +261,21 @@ static const RVT_Node* OnlyPropertyMap(const Element& item) {
     return map;
 }
 
+static bool HaveSameContent(const Element& one, const Element& other) {
+    const Content left = ContentOf(one);
+    const Content right = ContentOf(other);
+    return std::ranges::all_of(PropertiesOf(one.owner),
+                               [&](Property property) {
+                                   return left.values.Has(property) == right.values.Has(property) &&
+                                          left.values[property] == right.values[property];
+                               }) &&
+           left.oddities == right.oddities && HaveSameCache(left, right);
+}
+
 bool AreAlike(const Element& one, const Element& other) {
+    if (one.element == nullptr || other.element == nullptr) {
+        return HaveSameContent(one, other);
+    }
     const RVT_Node* left = OnlyPropertyMap(one);
     const RVT_Node* right = OnlyPropertyMap(other);
     return left != nullptr && right != nullptr && AreAlikeMaps(*left, *right) &&

@@ -17,15 +17,26 @@ inline constexpr size_t kNone = SIZE_MAX;
 // A platform, a console inside one, or a standalone console.
 struct Element {
     Owner owner;
-    const RVT_Node* element;
+    RVT_Node* element = nullptr;  // null for one that a file asks for: it has these values alone,
+    const PropertyValues* values = nullptr;  // which are kept to the end of the run
     size_t platform;  // the index of the item that a console is inside of; else kNone
     std::string_view name;
     std::string_view id;  // both are empty where there is none
 };
 using Elements = std::vector<Element>;
 
-// In the order of the map, a console behind its platform. They stay valid as long as the map does.
-Elements ElementsOf(const Inventory& inventory);
+// An inventory as it is compared. It stays valid as long as the map does.
+struct Outline {
+    RVT_Node* map = nullptr;  // the root, or null
+    Elements elements;        // in the order of the map, a console behind its platform
+};
+Outline OutlineOf(const Inventory& inventory);
+
+// That of a platform's or console's node.
+Element ElementOf(RVT_Node& element, size_t platform);
+
+// The same as PropertyOrEmpty.
+std::string_view ValueOf(const Element& item, Property property);
 
 // "platform" or "console", and the same with the element's quoted name: platform "lab1".
 std::string_view KindOf(Owner owner);
@@ -46,12 +57,12 @@ struct Content {
 };
 Content ContentOf(const Element& item);
 
-// The same of the root: the security switch, where there is one.
+// The same of the root, which may be null: the security switch, where there is one.
 struct MapContent {
     std::optional<std::string_view> security;
     std::vector<Oddity> oddities;
 };
-MapContent ContentOf(const Inventory& inventory);
+MapContent ContentOf(const RVT_Node* map);
 
 // Whether two elements of one kind are plainly the same, the consoles inside them left out: true
 // only if their contents are, and nearly always then. Much cheaper than a comparison of contents.

@@ -2,14 +2,9 @@
 
 #include <algorithm>
 
-#include "model/lookups.h"
 #include "model/validation.h"
 
 using enum Property;
-
-static std::string_view ValueOf(const Element& item, Property property) {
-    return PropertyOrEmpty(*item.element, property);
-}
 
 Crowd::Crowd(Work& work, const Comparison& comparison, FreshValues& fresh)
     : work_(work), comparison_(comparison), fresh_(fresh) {

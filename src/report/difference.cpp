@@ -63,11 +63,11 @@ Value PlatformOf(const Elements& items, size_t item) {
 
 }  // namespace
 
-Comparison::Comparison(const Inventory& before, const Inventory& now)
-    : map_before_(ContentOf(before)),
-      map_now_(ContentOf(now)),
-      before_(ElementsOf(before)),
-      now_(ElementsOf(now)),
+Comparison::Comparison(Outline before, Outline now)
+    : map_before_(ContentOf(before.map)),
+      map_now_(ContentOf(now.map)),
+      before_(std::move(before.elements)),
+      now_(std::move(now.elements)),
       now_of_(before_.size(), kNone),
       before_of_(now_.size(), kNone) {
     for (const Owner owner : {Owner::kPlatform, Owner::kConsole}) {

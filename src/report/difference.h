@@ -36,7 +36,9 @@ struct Difference {
 // below the same platform. Both must outlive it, unchanged.
 class Comparison {
   public:
-    Comparison(const Inventory& before, const Inventory& now);
+    Comparison(Outline before, Outline now);
+    Comparison(const Inventory& before, const Inventory& now)
+        : Comparison(OutlineOf(before), OutlineOf(now)) {}
 
     // The root's first, then what is removed, then the others in the order of "now". None when the
     // contents are equal.

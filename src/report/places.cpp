@@ -1,20 +1,19 @@
 #include "report/places.h"
 
 #include "base/text.h"
-#include "model/lookups.h"
 
 using enum Property;
 
 static std::string_view ValueOf(const Elements& items, size_t item, Property property) {
-    return PropertyOrEmpty(*items[item].element, property);
+    return ValueOf(items[item], property);
 }
 
 void FreshValues::Fill() {
     for (const Elements* items : {&comparison_.before(), &comparison_.now()}) {
         for (const Element& item : *items) {
             used_.insert(ToLower(item.name));
-            used_.emplace(PropertyOrEmpty(*item.element, kAddress));
-            used_.emplace(PropertyOrEmpty(*item.element, kPort));
+            used_.emplace(ValueOf(item, kAddress));
+            used_.emplace(ValueOf(item, kPort));
         }
     }
 }

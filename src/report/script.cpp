@@ -92,9 +92,8 @@ static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy
     return WhatDiffers(Comparison(copy, now));
 }
 
-Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding) {
+Script UntriedScript(const Comparison& comparison, Crowding crowding) {
     Script script;
-    const Comparison comparison(before, now);
     if (comparison.IsEqual()) {
         return script;
     }
@@ -110,7 +109,7 @@ Script UntriedScript(const Inventory& before, const Inventory& now, Crowding cro
 }
 
 Script ScriptFromTo(const Inventory& before, const Inventory& now) {
-    Script script = UntriedScript(before, now, Crowding::kAllowed);
+    Script script = UntriedScript(Comparison(before, now), Crowding::kAllowed);
     if (!script.steps.empty()) {
         Inventory copy;
         copy.Tree() = before.Tree().Copy();

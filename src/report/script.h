@@ -11,6 +11,7 @@
 
 #include "base/output.h"
 #include "model/inventory.h"
+#include "report/difference.h"
 #include "report/work.h"
 #include "translog/change_script.h"
 
@@ -29,7 +30,7 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now);
 
 // The same for who runs the script at once, and compares the result: nothing has been run yet, so a
 // step may be refused.
-Script UntriedScript(const Inventory& before, const Inventory& now, Crowding crowding);
+Script UntriedScript(const Comparison& comparison, Crowding crowding);
 
 // That of a new map, without platforms and consoles.
 Inventory NewInventory();

@@ -143,7 +143,9 @@ void Work::PlanItem(size_t now) {
         PlanAddition(item, ContentOf(item));
         return;
     }
-    JudgeTexts(item, *item.element);
+    if (item.element != nullptr) {
+        JudgeTexts(item, *item.element);
+    }
     kept_[before] = true;
     if (!AreAlike(comparison_.before()[before], item)) {
         PlanUpdate(before, now);
@@ -258,8 +260,8 @@ size_t Work::Need(size_t now) {
 void Work::Set(Unit& unit, Property property) const {
     NameValueList& settings = unit.command.settings;
     if (NewValue(unit.command, property) == nullptr) {
-        const RVT_Node& element = *comparison_.now()[unit.now].element;
-        const NameValue setting = {property, std::string(PropertyOrEmpty(element, property))};
+        const Element& item = comparison_.now()[unit.now];
+        const NameValue setting = {property, std::string(ValueOf(item, property))};
         settings.insert(property == kAddress ? settings.begin() : settings.end(), setting);
     }
 }
