@@ -74,8 +74,8 @@ Outcome ApplyUpdate(Change& change, std::span<const ValueCheck> value_checks,
         }
     }
     for (const WholeCheck& row : whole_checks) {
-        const bool applies = NewValue(change.command, row.changed) != nullptr ||
-                             NewValue(change.command, row.or_changed) != nullptr;
+        const bool applies = NewValue(change.command.settings, row.changed) != nullptr ||
+                             NewValue(change.command.settings, row.or_changed) != nullptr;
         if (Outcome outcome = applies ? row.check(change) : Outcome(); !outcome.ok()) {
             return outcome;
         }

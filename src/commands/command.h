@@ -52,5 +52,5 @@ struct Command {
     bool notify_kfxd = true;
 };
 
-// The last new value of a property; null when the command gives it none.
-const std::string* NewValue(const Command& command, Property property);
+// The last new value of a property; null when there is none.
+const std::string* NewValue(const NameValueList& settings, Property property);

@@ -63,7 +63,7 @@ Outcome PortStaysUnique(Change& change) {
     const auto& [console, platform] = change.place;
     const bool is_inside = platform != nullptr;
     const std::string_view lent = is_inside ? PropertyOrEmpty(*platform, kAddress) : "";
-    const bool uses_own = lent.empty() || NewValue(change.command, kAddress) != nullptr;
+    const bool uses_own = lent.empty() || NewValue(change.command.settings, kAddress) != nullptr;
     const std::string_view address = uses_own ? change[kAddress] : lent;
     const std::string_view port = change[kPort];
     for (const Property needed : {uses_own ? kAddress : kPort, kPort}) {

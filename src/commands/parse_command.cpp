@@ -154,8 +154,9 @@ class Parser {
     // one of its own.
     bool HasWhatItNeeds(const ActionRow& row) {
         for (const Property property : PropertiesOf(row.owner)) {
-            const std::string* value =
-                property == Property::kName ? &command_.name : NewValue(command_, property);
+            const std::string* value = property == Property::kName
+                                           ? &command_.name
+                                           : NewValue(command_.settings, property);
             if (property == Property::kAddress && platform_given_) {
                 if (value != nullptr || command_.platform.empty()) {
                     return false;
@@ -165,9 +166,9 @@ class Parser {
             }
         }
         // A new element that is not logged has no events either, unless asked for.
-        const std::string* logging = NewValue(command_, Property::kLogging);
+        const std::string* logging = NewValue(command_.settings, Property::kLogging);
         if (logging != nullptr && *logging == switch_off &&
-            NewValue(command_, Property::kEvents) == nullptr) {
+            NewValue(command_.settings, Property::kEvents) == nullptr) {
             command_.settings.push_back({Property::kEvents, std::string(switch_off)});
         }
         return true;

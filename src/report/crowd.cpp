@@ -68,15 +68,13 @@ bool Crowd::Claims(size_t now) const {
     }
     const Unit& unit = work_.units[work_.UnitOf(now)];
     const bool is_console = comparison_.now()[now].owner == Owner::kConsole;
-    return unit.IsAddition() || NewValue(unit.command, kPort) != nullptr ||
-           (is_console && NewValue(unit.command, kAddress) != nullptr);
+    return unit.IsAddition() || unit.Sets(kPort) || (is_console && unit.Sets(kAddress));
 }
 
 // Whether a console inside a platform has had its port there all the time.
 bool Crowd::Holds(size_t now) const {
     const size_t unit = work_.UnitOf(now);
-    return unit == kNone || (!work_.units[unit].IsAddition() &&
-                             NewValue(work_.units[unit].command, kPort) == nullptr);
+    return unit == kNone || (!work_.units[unit].IsAddition() && !work_.units[unit].Sets(kPort));
 }
 
 // One of them can have the port by the rules: who is no console inside the platform, else one that
@@ -102,7 +100,7 @@ void Crowd::Sort(const Group& group) {
 void Crowd::GiveWay(size_t now) {
     Unit& unit = work_.units[work_.Need(now)];
     work_.Set(unit, kPort);
-    for (NameValue& setting : unit.command.settings) {
+    for (NameValue& setting : unit.settings) {
         setting.value = setting.property == kPort ? fresh_.Take(kPort) : setting.value;
     }
     crowded_.push_back(now);

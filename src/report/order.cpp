@@ -87,8 +87,6 @@ class Turns {
         Unit& unit = work_.units[index];
         Progress& progress = progress_[index];
         Step step = StepOf(unit);
-        step.command.action = unit.command.action;
-        step.command.name = progress.name.empty() ? unit.command.name : progress.name;
         step.command.settings = {{property, fresh_.Take(property)}};
         if (property == kName) {
             progress.name = step.command.settings.front().value;
@@ -99,20 +97,29 @@ class Turns {
     }
 
     [[nodiscard]] Step StepOf(const Unit& unit) const {
+        const Element& item = comparison_.now()[unit.now];
+        const bool is_platform = item.owner == Owner::kPlatform;
         Step step;
-        step.subject = Label(comparison_.now()[unit.now]);
+        Command& command = step.command;
+        if (!unit.IsAddition()) {
+            const std::string& name = progress_[work_.UnitOf(unit.now)].name;
+            command.action = is_platform ? Action::kUpdatePlatform : Action::kUpdateSystem;
+            command.name = name.empty() ? comparison_.before()[unit.before].name : name;
+        } else {
+            command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
+            command.name = item.name;
+            command.platform = item.platform == kNone ? "" : comparison_.now()[item.platform].name;
+        }
+        step.subject = Label(item);
         return step;
     }
 
     void Finish(size_t index) {
         Unit& unit = work_.units[index];
         progress_[index].state = State::kDone;
-        if (!progress_[index].name.empty()) {
-            unit.command.name = progress_[index].name;
-        }
-        if (unit.IsAddition() || !unit.command.settings.empty()) {
+        if (unit.IsAddition() || !unit.settings.empty()) {
             Step step = StepOf(unit);
-            step.command = std::move(unit.command);
+            step.command.settings = std::move(unit.settings);
             steps_.push_back(std::move(step));
         }
         if (unit.changes_cache) {

@@ -102,7 +102,7 @@ void Places::IndexUnit(size_t unit) {
 
 // An addition sets what it must.
 bool Places::Sets(const Unit& unit, Property property) const {
-    return NewValue(unit.command, property) != nullptr || (unit.IsAddition() && property == kName);
+    return unit.Sets(property) || (unit.IsAddition() && property == kName);
 }
 
 bool Places::Moves(size_t platform_now) const {
@@ -156,7 +156,7 @@ void Places::WaitForAddress(size_t unit, std::vector<Wait>& waits) const {
 void Places::WaitForPort(size_t unit, std::vector<Wait>& waits) const {
     const Unit& mine = work_.units[unit];
     const Element& item = comparison_.now()[mine.now];
-    const std::string* set = NewValue(mine.command, kPort);
+    const std::string* set = NewValue(mine.settings, kPort);
     const std::string_view port =
         set != nullptr ? *set : ValueOf(comparison_.now(), mine.now, kPort);
     if (item.owner == Owner::kPlatform) {

@@ -139,7 +139,7 @@ void Work::PlanItem(size_t now) {
     const size_t before = comparison_.PartnerOfNow(now);
     if (before == kNone || !CanBeKept(before, now)) {
         unit_of_[now] = units.size();
-        units.push_back({.now = now, .command = {}});
+        units.push_back({.now = now, .settings = {}});
         PlanAddition(item, ContentOf(item));
         return;
     }
@@ -163,11 +163,6 @@ static bool IsToBeTold(Property property, const PropertyValues& values) {
 // The unit is the last one.
 void Work::PlanAddition(const Element& item, const Content& content) {
     Unit& unit = units.back();
-    Command& command = unit.command;
-    const bool is_platform = item.owner == Owner::kPlatform;
-    command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
-    command.name = item.name;
-    command.platform = item.platform == kNone ? "" : comparison_.now()[item.platform].name;
     for (const Property property : PropertiesOf(item.owner)) {
         JudgeText(item, content.values[property]);
     }
@@ -179,7 +174,7 @@ void Work::PlanAddition(const Element& item, const Content& content) {
         if (content.values.Has(property)) {
             Judge(item, property, value, true);
             if (IsToBeTold(property, content.values)) {
-                command.settings.push_back({property, std::string(value)});
+                unit.settings.push_back({property, std::string(value)});
             }
         } else if (IsNeeded(item, property)) {
             Obstruct(Label(item), "no command leaves out " + std::string(RowOf(property).key),
@@ -208,7 +203,7 @@ void Work::PlanUpdate(size_t before, size_t now) {
     }
     if (changes_cache || !settings.empty()) {
         Unit& unit = units[Need(now)];
-        unit.command.settings = std::move(settings);
+        unit.settings = std::move(settings);
         unit.changes_cache = changes_cache;
     }
 }
@@ -244,9 +239,6 @@ size_t Work::Need(size_t now) {
         unit.before = comparison_.PartnerOfNow(now);
         unit.now = now;
         const Element& item = comparison_.before()[unit.before];
-        unit.command.action =
-            item.owner == Owner::kPlatform ? Action::kUpdatePlatform : Action::kUpdateSystem;
-        unit.command.name = item.name;
         if (item.name.empty()) {
             Obstruct(Label(comparison_.now()[now]), "no command changes what has no name");
         }
@@ -258,8 +250,8 @@ size_t Work::Need(size_t now) {
 
 // An address is set before the port, which is looked for at it.
 void Work::Set(Unit& unit, Property property) const {
-    NameValueList& settings = unit.command.settings;
-    if (NewValue(unit.command, property) == nullptr) {
+    NameValueList& settings = unit.settings;
+    if (!unit.Sets(property)) {
         const Element& item = comparison_.now()[unit.now];
         const NameValue setting = {property, std::string(ValueOf(item, property))};
         settings.insert(property == kAddress ? settings.begin() : settings.end(), setting);

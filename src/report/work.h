@@ -27,14 +27,18 @@ struct Obstacle {
     ExitCode code = ExitCode::kIncompleteMap;  // of the command that would be refused
 };
 
-// The command that brings a platform or console from what it was to what it shall be.
+// What brings a platform or console from what it was to what it shall be: an addition, or an update
+// that may have no settings.
 struct Unit {
     size_t before = kNone;  // none: it is added
     size_t now = kNone;
-    Command command;  // an addition, or an update that may have no settings
+    NameValueList settings;
     bool changes_cache = false;
 
     [[nodiscard]] bool IsAddition() const { return before == kNone; }
+    [[nodiscard]] bool Sets(Property property) const {
+        return NewValue(settings, property) != nullptr;
+    }
 };
 
 // An element is kept and updated, or removed and added: when it is somewhere else, has what no
@@ -56,7 +60,7 @@ class Work {
     // The same; an element that is kept as it is gets a unit without settings.
     size_t Need(size_t now);
 
-    // Lets the unit's command set a property, if it does not, to what it shall be.
+    // Lets the unit set a property, if it does not, to what it shall be.
     void Set(Unit& unit, Property property) const;
 
   private:
