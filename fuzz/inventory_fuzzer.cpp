@@ -1,5 +1,6 @@
 // Any bytes as two inventories in CSV or JSON, the second behind a line "%%": what is said makes an
-// inventory, saying it again changes nothing, and what is listed of it says the same.
+// inventory, the same with a tree and without, saying it again changes nothing, and what is listed
+// of it says the same.
 #include <cstdint>
 
 #include "in_process.h"
@@ -21,6 +22,10 @@ static Inventory Said(std::string_view text, const Inventory& present, bool keep
         return made;
     }
     Result<Inventory> completed = Completed(*file, present, keep);
+    const Result<Outline> outline = CompletedOutline(*file, present, keep);
+    Require(completed.ok() == outline.ok() &&
+                (!outline.ok() || Comparison(OutlineOf(*completed), *outline).IsEqual()),
+            "what is compared is the inventory");
     return completed.ok() ? std::move(*completed) : std::move(made);
 }
 
