@@ -3,7 +3,7 @@
 #     ```console     lines after "$ " (and "> ") are run; what they print must be the other lines
 #     ```sh          all lines are run; no command may fail
 #     ```cron        the commands of the lines, in the same way
-#     ```yaml        those of the tasks
+#     ```yaml        those of the tasks, with the files that they are given as input
 #     .Bd -literal   all lines, among the EXAMPLES and DIAGNOSTICS of a manual page
 # Other blocks are not run. /usr/opt/tqs and /tmp in them are the private tree's.
 #     commands_test.sh PROGRAM      (the test program, whose paths are below the working directory; the
@@ -36,6 +36,8 @@ take_blocks() {
     examples && /^\.Ed/ { kind = ""; next }
     examples { gsub(/\\e/, "\\"); gsub(/\\-/, "-"); gsub(/\\&/, "") }
     kind == "sh" || (kind == "yaml" && sub(/.* ansible.builtin.command: /, "")) { command($0) }
+    kind == "yaml" && sub(/.* cmd: /, "") { with_input = $0 }
+    kind == "yaml" && sub(/.* stdin: .*file., ./, "") { command(with_input " < " substr($0, 1, index($0, "\047") - 1)) }
     kind == "cron" { for (i = 1; i <= 6; i++) sub(/^[^ ]+ /, ""); command($0) }
     kind == "console" && /^[$>] / { command(substr($0, 3)); next }
     kind == "console" { gsub(/\/usr\/opt\/tqs/, "usr/opt/tqs"); print > (base ".out") }
