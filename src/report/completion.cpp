@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <new>
 #include <numeric>
 #include <set>
 #include <utility>
@@ -203,8 +204,9 @@ class Completion {
                                    const Outline& outline) const {
         const RVT_Node* said = item.row == nullptr ? nullptr : item.row->element;
         if (said == nullptr && item.present == kNone) {
-            const std::string_view address =
-                platform == kNone ? "" : ValueOf(outline.elements[platform], kAddress);
+            const std::string_view address = platform == kNone
+                                                 ? std::string_view()
+                                                 : ValueOf(outline.elements[platform], kAddress);
             return {.owner = item.owner,
                     .values = NewValues(item, address),
                     .platform = platform,

@@ -40,8 +40,9 @@ Outline OutlineOf(const Inventory& inventory) {
 }
 
 std::string_view ValueOf(const Element& item, Property property) {
-    return item.element != nullptr ? PropertyOrEmpty(*item.element, property)
-                                   : (*item.values)[property];
+    return item.element != nullptr
+               ? GetPropertyValue(*item.element, property).value_or(std::string_view())
+               : (*item.values)[property];
 }
 
 std::string_view KindOf(Owner owner) {

@@ -35,7 +35,7 @@ Outline OutlineOf(const Inventory& inventory);
 // That of a platform's or console's node.
 Element ElementOf(RVT_Node& element, size_t platform);
 
-// The same as PropertyOrEmpty.
+// The value of a property; null where there is none.
 std::string_view ValueOf(const Element& item, Property property);
 
 // "platform" or "console", and the same with the element's quoted name: platform "lab1".
