@@ -6,10 +6,10 @@ set(streams "[^\n]*(basic_filebuf|basic_[io]?fstream|10filesystem|St4cout|St4cer
 set(allowed_process "open|fcntl|close")
 foreach(object ${OBJECTS})
   execute_process(COMMAND ${NM} -u ${object} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
-  string(REGEX MATCHALL "U (__)?(${calls})(64)?(_2|_chk)?(@[^\n]*)?\n|U ${streams}\n" found
+  string(REGEX MATCHALL "U (__)?(${calls})(64)?(_time64)?(_2|_chk)?(@[^\n]*)?\n|U ${streams}\n" found
          "${symbols}")
   if(object MATCHES "/base/process\\.cpp\\.o$")
-    list(FILTER found EXCLUDE REGEX "U (__)?(${allowed_process})(64)?(_2)?(@[^\n]*)?\n")
+    list(FILTER found EXCLUDE REGEX "U (__)?(${allowed_process})(64)?(_time64)?(_2)?(@[^\n]*)?\n")
   endif()
   if(found)
     message(FATAL_ERROR "${object} makes calls on files that belong into src/base/calls.cpp: ${found}")

@@ -24,6 +24,10 @@ target_include_directories(tqs_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
 target_compile_options(tqs_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
+# Processors of 32 bits are asked for files, inodes and times of any size.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  target_compile_definitions(tqs_options INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
 # A linker for another processor, or an older one, warns of it and leaves it out.
 check_linker_flag(CXX -Wl,--fatal-warnings,-z,pack-relative-relocs TQS_PACKS_RELOCATIONS)
 if(TQS_PACKS_RELOCATIONS)

@@ -18,7 +18,7 @@ struct PortPlace {
 
 struct PortPlaceHash {
     size_t operator()(const PortPlace& place) const {
-        static constexpr size_t kMix = 0x9E3779B97F4A7C15U;
+        static constexpr auto kMix = static_cast<size_t>(0x9E3779B97F4A7C15U);
         const std::hash<std::string_view> hash;
         return ((place.platform * kMix) ^ hash(place.address)) * kMix ^ hash(place.port);
     }

@@ -107,7 +107,7 @@ Outcome TransactionLog::Reserve() {
     if (is_begun_ && !IsSameFile(file_.fd.get(), paths::kLog)) {
         static_cast<void>(OpenLog());
     }
-    const auto size = static_cast<off_t>(text_.size() + kLargestEnding);
+    const auto size = static_cast<off_t>(text_.size()) + off_t{kLargestEnding};
     if (!is_begun_ || (IsWithinLimit() && ReserveBehindEnd(file_.fd.get(), size))) {
         return {};
     }

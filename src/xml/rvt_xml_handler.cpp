@@ -122,7 +122,7 @@ void MyContentHandler::Text() {
 
 void Reading::NotePlace() {
     if (start_lines != nullptr && locator != nullptr) {
-        last_line = locator->getLineNumber();
+        last_line = static_cast<size_t>(locator->getLineNumber());
     }
 }
 

@@ -133,7 +133,8 @@ ssize_t MakeWrite(const char* name, int fd, long size, off_t offset, Put put) {
         fits = broken_fd == fd ? 0 : ++calls_made == fault.at ? size / 2 : size;
         broken_fd = fits < size ? fd : broken_fd;
     } else if (Is("full") && S_ISREG(StatusOf(fd).st_mode) && !IsSpared(fd)) {
-        const long grows = std::max(0L, offset + size - StatusOf(fd).st_size);
+        const off_t beyond = offset + size - StatusOf(fd).st_size;
+        const long grows = std::max(0L, static_cast<long>(beyond));
         fits -= grows - std::min(grows, fault.at);
         fault.at -= std::min(grows, fault.at);
     }
