@@ -30,17 +30,17 @@ std::string Source::Name() const {
 
 namespace {
 
-// What can be read once only, and what is no map, is read whole.
-void ReadText(int fd, bool can_be_read_again, std::string& text) {
+// What can be read once only, and what is no map, is read whole. False, with errno, when reading
+// fails: a table would just be shorter.
+bool ReadText(int fd, bool can_be_read_again, std::string& text) {
     static constexpr size_t kBeginning = 4096;
     text.resize(can_be_read_again ? kBeginning : 0);
     text.resize(static_cast<size_t>(std::max<ssize_t>(ReadOnce(fd, text.data(), text.size()), 0)));
     if (can_be_read_again && IsMap(text)) {
         text.clear();
-    } else {
-        // What comes before a read error is judged like any other text.
-        static_cast<void>(ReadToEnd(fd, text));
+        return true;
     }
+    return ReadToEnd(fd, text);
 }
 
 Outcome ReadDocument(Source& source) {
@@ -69,7 +69,9 @@ Result<Source> ReadSource(const std::string& path) {
         return WrongAt(source.Name(), strerror(errno), ExitCode::kNotWellFormed);
     }
     const mode_t type = path == "-" ? 0 : TypeOf(file.get());
-    ReadText(file.get(), type == S_IFREG || type == S_IFDIR, source.text);
+    if (!ReadText(file.get(), type == S_IFREG || type == S_IFDIR, source.text)) {
+        return WrongAt(source.Name(), strerror(errno), ExitCode::kNotWellFormed);
+    }
     // The product's own is a map, whatever it holds.
     if (path == paths::kSystemMap || IsMap(source.text)) {
         Outcome outcome = ReadDocument(source);
