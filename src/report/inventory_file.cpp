@@ -20,12 +20,15 @@ static std::string_view FirstCharacter(std::string_view text) {
 }
 
 bool IsMap(std::string_view beginning) {
-    const std::string_view first = FirstCharacter(beginning);
-    // UTF-16 and UTF-32 have a zero byte in the first character or a byte-order mark; EBCDIC
-    // begins with "<?".
+    // UTF-16 and UTF-32 have zero bytes in such characters, and a byte-order mark or none.
+    static constexpr size_t kMost = 4096;
     const std::string_view head = beginning.substr(0, 2);
-    return first.empty() || first == "<" || head.find('\0') != std::string_view::npos ||
-           head == "\xFF\xFE" || head == "\xFE\xFF" || head == "\x4C\x6F";
+    const bool is_wide = head.find_first_of(std::string_view("\0\xFE\xFF", 3)) != head.npos;
+    std::string narrow(is_wide ? beginning.substr(0, kMost) : "");
+    std::erase_if(narrow, [](char c) { return c == '\0' || c == '\xFE' || c == '\xFF'; });
+    const std::string_view first = FirstCharacter(is_wide ? narrow : beginning);
+    static constexpr std::string_view kDeclarationInEbcdic = "\x4C\x6F\xA7\x94";
+    return first.empty() || first == "<" || beginning.starts_with(kDeclarationInEbcdic);
 }
 
 Outcome WrongAt(std::string place, const std::string& text, ExitCode code) {

@@ -34,7 +34,7 @@ struct InventoryFile {
 };
 
 // Whether a text is, by how it begins, a map and no inventory in CSV or JSON: "<" comes first
-// behind a byte-order mark and blanks, or nothing does, or its encoding does not go on from ASCII.
+// behind a byte-order mark and blanks, in whatever encoding, or nothing does.
 bool IsMap(std::string_view beginning);
 
 // What is said in "text", which need not outlive it. Failures have a cause with their place. They

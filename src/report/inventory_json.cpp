@@ -115,10 +115,12 @@ class JsonReader : public nlohmann::json_sax<nlohmann::json> {
         return in_ == In::kItem || in_ == In::kItems ? PlaceOf(file_, file_.rows.back())
                                                      : file_.name;
     }
-    // What is missing is left out, also the platform of a console that is in none. An item that
-    // says everything else means that.
-    static void TakeStandalone(Row& row) {
+    // A list leaves out what is missing, also the platform of a console that is in none. An item
+    // that has everything else, the identifier too, which nobody writes by hand, means that.
+    void TakeStandalone(Row& row) const {
+        const auto id = std::ranges::find(keys_, Key::Of::kId, &Key::of);
         const bool is_whole =
+            seen_.test(static_cast<size_t>(id - keys_.begin())) &&
             std::ranges::all_of(PropertiesOf(Owner::kConsole),
                                 [&row](Property property) { return row.values.Has(property); });
         if (is_whole && row.owner == Owner::kConsole && row.platform.data() == nullptr) {
@@ -162,6 +164,11 @@ class JsonReader : public nlohmann::json_sax<nlohmann::json> {
 }  // namespace
 
 Outcome ReadJson(std::string_view text, InventoryFile& file) {
+    // The parser takes a zero byte for the end.
+    if (const size_t zero = text.find('\0'); zero != std::string_view::npos) {
+        return WrongAt(file.name + ':' + std::to_string(LineAt(text, zero)),
+                       "A zero byte stands there.", ExitCode::kNotWellFormed);
+    }
     JsonReader reader(text, file);
     static_cast<void>(nlohmann::json::sax_parse(text, &reader));
     return reader.outcome;
