@@ -158,7 +158,13 @@ struct Plan {
     std::string refused;  // the place of what stands in the way, which has been told
 };
 
-// What the map shall be.
+// Tells of what stands in the way, at "place".
+void Tell(Plan& plan, const std::string& place, const std::string& text) {
+    plan.refused = plan.refused.empty() ? place : plan.refused;
+    Complain("tqs: " + place + ": " + text + "\n");
+}
+
+// What the map shall be. A failure with a place has been told.
 Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan) {
     if (!source.said && !keep) {
         plan.now = OutlineOf(source.inventory);
@@ -169,6 +175,8 @@ Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan
     Result<Outline> completed = CompletedOutline(plan.said, present, keep);
     if (completed.ok()) {
         plan.now = std::move(*completed);
+    } else if (const auto& cause = completed.outcome().cause(); cause) {
+        Tell(plan, cause->place, cause->text);
     }
     return completed.outcome();
 }
@@ -189,8 +197,7 @@ Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
         const Row* row = row_of(obstacle);
         const std::string place = row == nullptr ? plan.said.name : PlaceOf(plan.said, *row);
         obstacle.text.insert(0, row == nullptr ? obstacle.subject + ": " : "");
-        plan.refused = plan.refused.empty() ? place : plan.refused;
-        Complain("tqs: " + place + ": " + obstacle.text + "\n");
+        Tell(plan, place, obstacle.text);
     }
     return {obstacles.front().code, obstacles.front().text};
 }
@@ -202,7 +209,10 @@ Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
         return outcome;
     }
     const auto& [index, refusal] = run.Refusals().front();
-    return Refused(plan, {{plan.script.steps[index].subject, Why(refusal), refusal.code()}});
+    // That the map lacks something is the fault of no step.
+    const bool is_incomplete = refusal.code() == ExitCode::kIncompleteMap;
+    const std::string& subject = is_incomplete ? "map" : plan.script.steps[index].subject;
+    return Refused(plan, {{subject, Why(refusal), refusal.code()}});
 }
 
 }  // namespace

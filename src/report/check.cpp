@@ -10,6 +10,8 @@
 #include "model/lookups.h"
 #include "model/validation.h"
 #include "model/vocabulary.h"
+#include "report/content.h"
+#include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
 namespace {
@@ -175,6 +177,9 @@ class Checker {
         }
         if (property == Property::kName && value.empty()) {
             Error(tag, subject.Name() + ": the name is empty");
+        }
+        if (says_ != Says::kAll && !IsReadAsWritten(value)) {
+            Error(tag, subject.Name() + ": " + Shortened(value) + " would not be kept as it is");
         }
         ErrorIfNot(Verdict(subject.owner, property, value), tag, subject.Name());
     }

@@ -4,7 +4,6 @@
 #include <map>
 #include <new>
 #include <numeric>
-#include <set>
 #include <utility>
 
 #include "base/arena.h"
@@ -35,8 +34,8 @@ RVT_Node& CopyOfItself(const RVT_Node& node) {
     return copy;
 }
 
-// A value as a map would hold it, where a command takes it: none takes a line break. Spreadsheets
-// write switches in capitals.
+// A value as a map would hold it. What would not be kept, a line break or the end of a value that
+// is too long, is left for the judgement of who reads it. Spreadsheets write switches in capitals.
 std::string_view AsHeld(Property property, std::string_view value) {
     if (RowOf(property).kind == ValueKind::kSwitch) {
         for (const std::string_view text : {switch_on, switch_off}) {
@@ -45,9 +44,12 @@ std::string_view AsHeld(Property property, std::string_view value) {
             }
         }
     }
-    const bool is_kept = property == kName || IsReadAsWritten(value) ||
-                         value.find_first_of("\r\n") != std::string_view::npos;
-    return is_kept ? value : arena::Copy(ValueAsRead(value));
+    if (property == kName || IsReadAsWritten(value) ||
+        value.find_first_of("\r\n") != std::string_view::npos) {
+        return value;
+    }
+    const std::string held = ValueAsRead(value);
+    return held.size() < value.size() ? value : arena::Copy(held);
 }
 
 class Completion {
@@ -61,7 +63,7 @@ class Completion {
             present_.try_emplace({elements_[i].owner, elements_[i].name}, i);
             if (elements_[i].owner == Owner::kConsole && elements_[i].platform == kNone) {
                 for (const RVT_Node& inside : LiveElements(*elements_[i].element, tag::Console)) {
-                    inside_consoles_.insert(PropertyOrEmpty(inside, kName));
+                    inside_consoles_.try_emplace(PropertyOrEmpty(inside, kName), i);
                 }
             }
         }
@@ -77,6 +79,12 @@ class Completion {
         for (size_t i = 0; keep && i < elements_.size(); ++i) {
             if (planned_[i] == kNone) {
                 Add({nullptr, elements_[i].owner, elements_[i].name, i});
+            }
+        }
+        // Where the console around one is not to stay, it is one that is yet to be made.
+        for (const auto& [row, around] : rows_inside_consoles_) {
+            if (planned_[around] == kNone) {
+                Add({row, Owner::kConsole, row->values[kName], kNone});
             }
         }
         for (Item& item : items_) {
@@ -151,9 +159,13 @@ class Completion {
             return outcome;
         }
         const size_t present = Find(present_, *row.owner, name);
-        const bool is_inside_console = present == kNone && *row.owner == Owner::kConsole &&
-                                       row.platform.empty() && inside_consoles_.contains(name);
-        return is_inside_console || Add({&row, *row.owner, name, present})
+        const auto inside = inside_consoles_.find(name);
+        if (present == kNone && *row.owner == Owner::kConsole && row.platform.empty() &&
+            inside != inside_consoles_.end()) {
+            rows_inside_consoles_.emplace_back(&row, inside->second);
+            return {};
+        }
+        return Add({&row, *row.owner, name, present})
                    ? Outcome()
                    : Wrong(row, Label(*row.owner, name) + " stands there twice.");
     }
@@ -274,7 +286,9 @@ class Completion {
     const RVT_Node& map_;
     const Elements elements_;
     ByName present_;  // of equal names the first
-    std::set<std::string_view> inside_consoles_;
+    // The consoles inside standalone ones, with the index of the one around them.
+    std::map<std::string_view, size_t> inside_consoles_;
+    std::vector<std::pair<const Row*, size_t>> rows_inside_consoles_;
     std::vector<Item> items_;
     std::vector<size_t> planned_;  // the items of "elements_"
     ByName named_;                 // items

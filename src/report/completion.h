@@ -14,8 +14,8 @@
 //     platform is as it was, or standalone. Where the kind is not said, the name must be that of
 //     one element of "present".
 //   - Elements of "present" that are not named are left out, or with "keep" are as they are there.
-//     Rows for consoles that "present" has inside a standalone console are passed over: they go
-//     with that one.
+//     Rows for consoles that "present" has inside a standalone console are passed over where that
+//     one stays, and new standalone consoles where it does not.
 //   - What belongs to no element is as in "present", but for the security switch where it is said.
 //
 // Elements are in the order of the file, then in that of "present". "present" must have a root.
