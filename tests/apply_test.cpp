@@ -42,10 +42,12 @@ TEST(ChangeScript, ReadsPlainWordsAlone) {
         {"tqsmgr <<EOF a # b\n'\"#\\$\\`\\\\\\a\\\nb\nEOF x\nEOF\ntqsmgr << 'E'\"F\"\n$\\\n`\nEF\n",
          "[a]|'\"#$`\\\\ab\nEOF x\n\n|$\\\n`\n\n"},
         {"tqsmgr <<\\E\nE", "|\n"},
-        {"ls\ntqsmgr a$b\ntqsmgr `\ntqsmgr *\ntqsmgr a~\ntqsmgr a;b\ntqsmgr \"$\"\ntqsmgr >a",
+        {"ls\ntqsmgr a$b\ntqsmgr `\ntqsmgr *\ntqsmgr a~\ntqsmgr a;b\ntqsmgr \"$\"\ntqsmgr >a\n"
+         "tqsmgr \"\r\"\r",
          "1: no tqsmgr command\n2: \"$\" outside quotes\n3: \"`\" outside quotes\n"
          "4: \"*\" outside quotes\n5: \"~\" outside quotes\n6: \";\" outside quotes\n"
-         "7: \"$\" without a backslash\n8: \">\" outside quotes\n"},
+         "7: \"$\" without a backslash\n8: \">\" outside quotes\n"
+         "9: a carriage return outside quotes\n"},
         {"a=x/tqsmgr\n'a'=x/tqsmgr\ntqsmgr\\\n \\\n <a\ntqsmgr <<-E\nE\ntqsmgr 2<<E\nE\n<<E\nE\n"
          " " +
              kEcho + Replaced(kEcho, "This", "That"),
@@ -320,6 +322,8 @@ TEST(Apply, WaitsAndNamesTheHolder) {
                           R"( \(.*tests.*\), user \S+, for \d+ s\n)");
     EXPECT_TRUE(std::regex_match(r.err, held)) << r.err;
     EXPECT_EQ(tree.Read(kLock), std::to_string(getpid()));
+    tree.Write(kLock, "");
+    EXPECT_EQ(tree.Shell("tqs apply --wait 0 s").err, "tqs: locked\n");
     tree.Write(kLock, "999999999");
     r = tree.Shell("tqs apply --wait 0 s");
     EXPECT_TRUE(r.err.starts_with("tqs: locked by process 999999999, which is gone, for "))

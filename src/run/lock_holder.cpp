@@ -62,7 +62,8 @@ std::string DescribeHolder() {
             text += ", user " + UserOf(status);
         }
     }
-    if (lock.fd.IsOpen() && calls::Fstat(lock.fd.get(), &status) == 0) {
+    // Only a run's lock has been taken when the file was written.
+    if (!number.empty() && calls::Fstat(lock.fd.get(), &status) == 0) {
         const time_t age = std::max<time_t>(time(nullptr) - status.st_mtime, 0);
         text += ", for " + std::to_string(age) + " s";
     }

@@ -139,7 +139,9 @@ class Reader {
             } else if (c == '\\') {
                 word.text += Take();
             } else {
-                if (kNotPlain.find(c) != std::string_view::npos) {
+                if (c == '\r') {
+                    Refuse("a carriage return outside quotes");
+                } else if (kNotPlain.find(c) != std::string_view::npos) {
                     Refuse(std::string("\"") + c + "\" outside quotes");
                 }
                 word.text += c;
