@@ -32,9 +32,11 @@ done << END
 2770 tqs /events
 2770 tqs /logs
 END
-for file in SystemMap.xml models ostypes; do
+is_there() { [ -e "$product/config/$1" ] || [ -L "$product/config/$1" ]; }
+# What the console daemon gets of the empty map comes with that map only.
+for file in $(is_there SystemMap.xml || echo kfx.conf) SystemMap.xml models ostypes; do
     path=$product/config/$file
-    if [ ! -e "$path" ] && [ ! -L "$path" ]; then
+    if ! is_there "$file"; then
         # Not in a folder where members could put a link in its place.
         new=$(mktemp "$product/new.XXXXXX")
         cat "$starter/$file" > "$new"

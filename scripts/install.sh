@@ -5,6 +5,14 @@
 #     install.sh [--uninstall]       removes what an installation put there, but no inventory
 set -euo pipefail
 umask 022
+if [ $# -gt 1 ] || [ "${1:---uninstall}" != --uninstall ]; then
+    echo "usage: $0 [--uninstall]" >&2
+    exit 2
+fi
+if [ -z "${DESTDIR:-}" ] && dpkg-query -S /usr/opt/tqs/bin/tqsmgr > /dev/null 2>&1; then
+    echo "$0: the package tqsmgr is installed, and apt-get updates or removes it" >&2
+    exit 1
+fi
 if [ "$(id -u)" -ne 0 ] && [ -z "${DESTDIR:-}" ]; then
     echo "$0: run it as root, or set DESTDIR" >&2
     exit 1

@@ -1,5 +1,6 @@
 #!/bin/sh
-# An installation below a folder: nothing is overwritten, and members cannot replace programs.
+# An installation below a folder: nothing is overwritten, or made for a map that was there, and members
+# cannot replace programs.
 #     install_test.sh BUILD_FOLDER
 set -u
 DESTDIR=$(mktemp -d)
@@ -20,8 +21,9 @@ for run in first second; do
     mode 755 bin/tqsmgr
     for folder in config events logs; do mode 2770 $folder; done
     if [ $run = first ]; then
-        for file in SystemMap.xml models ostypes; do mode 660 config/$file; done
+        for file in SystemMap.xml kfx.conf models ostypes; do mode 660 config/$file; done
         echo changed > "$product/config/SystemMap.xml"
+        rm "$product/config/kfx.conf"
         rm "$product/config/models" && ln -s nowhere "$product/config/models"
     fi
 done
@@ -38,7 +40,8 @@ case $dynamic in
     ;;
 esac
 [ "$(cat "$product/config/SystemMap.xml")" = changed ] || failures=1
-[ -L "$product/config/models" ] || failures=1
+[ -L "$product/config/models" ] && [ ! -e "$product/config/kfx.conf" ] || failures=1
+"$(dirname "$0")/../../scripts/install.sh" --uninstal 2> /dev/null && failures=1
 [ "$(readlink -f "$DESTDIR/usr/local/bin/tqs")" = "$(realpath "$product/bin/tqs")" ] || failures=1
 pages=$(cd "$(dirname "$0")/../.." && find man completion -type f | wc -l)
 [ "$(find "$DESTDIR" -path '*/man[58]/*.gz' -o -path '*/completions/tqs*' | wc -l)" -eq "$pages" ] || failures=1

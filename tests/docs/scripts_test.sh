@@ -15,7 +15,7 @@ must env DESTDIR="$work/a root" scripts/install.sh
 must test -x "$work/a root/usr/opt/tqs/bin/tqsmgr" -a -L "$work/a root/usr/local/bin/tqs"
 must env DESTDIR="$work/a root" scripts/install.sh --uninstall
 left=$(cd "$work/a root" && find . ! -type d -printf "%f\n" | LC_ALL=C sort | tr "\n" " ")
-[ "$left" = "SystemMap.xml models ostypes " ] || { echo "left: $left"; failures=1; }
+[ "$left" = "SystemMap.xml kfx.conf models ostypes " ] || { echo "left: $left"; failures=1; }
 must scripts/package.sh
 package=$(sed -n 's/.*package: \(.*\.deb\) generated.*/\1/p' "$work/printed")
 dpkg-deb --contents "$package" > "$work/contents"
