@@ -1,4 +1,7 @@
 // A run of many commands.
+#include <cerrno>
+#include <cstring>
+
 #include "base/process.h"
 #include "base/text.h"
 #include "commands/parse_command.h"
@@ -24,7 +27,12 @@ Outcome Run::OpenMap(const ScriptOptions& options) {
     if (Outcome outcome = options.is_trial ? Outcome() : lock_.Lock(options.wait); !outcome.ok()) {
         return outcome;
     }
-    return ParseXMLFile(options.map, inventory_.Tree()).outcome();
+    Outcome outcome = ParseXMLFile(options.map, inventory_.Tree()).outcome();
+    if (!outcome.ok() && !OpenForReading(options.map.c_str()).IsOpen()) {
+        const std::string why = strerror(errno);
+        return std::move(outcome).WithCause({Printable(options.map), why});
+    }
+    return outcome;
 }
 
 // Adds the entry of a command, which names the map that a replay is to change. What is refused for
