@@ -223,6 +223,8 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         return source.outcome();
     }
     options.name = NameOf(path);
+    // A port that is in use twice is a mistake in a row, but a map may have it.
+    const bool is_map = !source->said;
     Run run;
     Plan plan;
     options.last_check = [&plan](const Inventory& result) {
@@ -243,7 +245,8 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         if (!step.ok()) {
             return step;
         }
-        plan.script = UntriedScript(Comparison(OutlineOf(run.Map()), plan.now), Crowding::kRefused);
+        const Crowding crowding = is_map ? Crowding::kAllowed : Crowding::kRefused;
+        plan.script = UntriedScript(Comparison(OutlineOf(run.Map()), plan.now), crowding);
         if (!plan.script.obstacles.empty()) {
             return Refused(plan, plan.script.obstacles);
         }
