@@ -202,6 +202,15 @@ Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
     return {obstacles.front().code, obstacles.front().text};
 }
 
+// The first difference of what the commands have made from what they should, if there is one.
+Outcome WhyNotThere(const Comparison& comparison, const std::string& name) {
+    if (comparison.IsEqual()) {
+        return {};
+    }
+    const std::string text = "No commands lead there: " + TextOf(comparison.Differences().front());
+    return Outcome(ExitCode::kIncompleteMap, text).WithCause({name, text});
+}
+
 // Runs the steps of the plan, as a script of them would be.
 Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
     Outcome outcome = ApplyOrTry(run, CommandsOf(plan.script), options);
@@ -227,10 +236,8 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
     const bool is_map = !source->said;
     Run run;
     Plan plan;
-    options.last_check = [&plan](const Inventory& result) {
-        return Comparison(OutlineOf(result), plan.now).IsEqual()
-                   ? Outcome()
-                   : Outcome(ExitCode::kIncompleteMap, "No commands lead there.");
+    options.last_check = [&plan, &options](const Inventory& result) {
+        return WhyNotThere(Comparison(OutlineOf(result), plan.now), options.name);
     };
     const std::string title = "tqs sync " + path;
     bool has_begun = options.is_trial;
