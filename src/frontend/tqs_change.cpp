@@ -1,5 +1,6 @@
 #include "frontend/tqs_change.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,6 +9,7 @@
 #include <functional>
 #include <new>
 
+#include "base/calls.h"
 #include "base/complaints.h"
 #include "base/files.h"
 #include "commands/parse_command.h"
@@ -202,6 +204,15 @@ Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
     return {obstacles.front().code, obstacles.front().text};
 }
 
+// Whether an inventory is the map itself, which another run may have changed since it was read.
+bool IsSameFile(const std::string& path, const std::string& map) {
+    struct stat one {};
+    struct stat other {};
+    return path != "-" && calls::Stat(path.c_str(), &one) == 0 &&
+           calls::Stat(map.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
+           one.st_ino == other.st_ino;
+}
+
 // The first difference of what the commands have made from what they should, if there is one.
 Outcome WhyNotThere(const Comparison& comparison, const std::string& name) {
     if (comparison.IsEqual()) {
@@ -209,6 +220,18 @@ Outcome WhyNotThere(const Comparison& comparison, const std::string& name) {
     }
     const std::string text = "No commands lead there: " + TextOf(comparison.Differences().front());
     return Outcome(ExitCode::kIncompleteMap, text).WithCause({name, text});
+}
+
+// Plans the steps to what the source says.
+Outcome FindSteps(Source& source, const Inventory& present, bool keep, Plan& plan) {
+    Outcome outcome = Complete(source, present, keep, plan);
+    if (!outcome.ok()) {
+        return outcome;
+    }
+    // A port that is in use twice is a mistake in a row, but a map may have it.
+    const Crowding crowding = source.said ? Crowding::kRefused : Crowding::kAllowed;
+    plan.script = UntriedScript(Comparison(OutlineOf(present), plan.now), crowding);
+    return plan.script.obstacles.empty() ? outcome : Refused(plan, plan.script.obstacles);
 }
 
 // Runs the steps of the plan, as a script of them would be.
@@ -232,8 +255,6 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         return source.outcome();
     }
     options.name = NameOf(path);
-    // A port that is in use twice is a mistake in a row, but a map may have it.
-    const bool is_map = !source->said;
     Run run;
     Plan plan;
     options.last_check = [&plan, &options](const Inventory& result) {
@@ -246,18 +267,10 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         if (step.ok()) {
             step = run.Map().NeedSystemMap(ExitCode::kIncompleteMap).outcome();
         }
-        if (step.ok()) {
-            step = Complete(*source, run.Map(), keep, plan);
+        if (step.ok() && !IsSameFile(path, options.map)) {
+            step = FindSteps(*source, run.Map(), keep, plan);
         }
-        if (!step.ok()) {
-            return step;
-        }
-        const Crowding crowding = is_map ? Crowding::kAllowed : Crowding::kRefused;
-        plan.script = UntriedScript(Comparison(OutlineOf(run.Map()), plan.now), crowding);
-        if (!plan.script.obstacles.empty()) {
-            return Refused(plan, plan.script.obstacles);
-        }
-        if (plan.script.steps.empty()) {
+        if (!step.ok() || plan.script.steps.empty()) {
             return step;
         }
         step = has_begun ? step : run.BeginScript(title);
