@@ -244,7 +244,9 @@ Outcome RunSteps(Run& run, Plan& plan, const ScriptOptions& options) {
     // That the map lacks something is the fault of no step.
     const bool is_incomplete = refusal.code() == ExitCode::kIncompleteMap;
     const std::string& subject = is_incomplete ? "map" : plan.script.steps[index].subject;
-    return Refused(plan, {{subject, Why(refusal), refusal.code()}});
+    std::string text = Why(refusal);
+    std::ranges::replace(text, '\n', ' ');
+    return Refused(plan, {{subject, text, refusal.code()}});
 }
 
 }  // namespace
