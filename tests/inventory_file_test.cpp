@@ -141,6 +141,13 @@ TEST(InventoryFile, IsCheckedByWhatItSays) {
         tree.Shell("cat g | tqs list --map - --format csv --fields name,kind,addr,enable").out,
         Replaced(tree.Read("f"), "\"s\"", "s") + "\r\n");
     EXPECT_EQ(tree.Shell("mkfifo p; cat f >p & tqs list --map p --format names").out, "p\ns\n");
+    tree.Write("f", "name,kind,comment\np,platform,\"a\nb\"\nq,platform,a\tb\nr,platform," +
+                        std::string(8186, 'a'));
+    EXPECT_EQ(tree.Shell("tqs check f").out,
+              "f:2: error: platform p: \"a\\nb\" would not be kept as it is\n"
+              "f:5: error: platform r: \"" +
+                  std::string(60, 'a') +
+                  "\"... would not be kept as it is\n2 errors, 0 warnings\n");
 }
 
 // Few names and addresses, values that have to be quoted.
