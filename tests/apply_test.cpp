@@ -316,16 +316,16 @@ TEST(Apply, WaitsAndNamesTheHolder) {
     tree.Write(kLock, std::to_string(getpid()));
     const int lock = open(tree.Path(kLock).c_str(), O_RDONLY | O_CLOEXEC);
     ASSERT_EQ(flock(lock, LOCK_EX), 0);
-    RunResult r = tree.Shell("tqs apply --wait 0 s");
+    RunResult r = tree.Shell("timeout 10 tqs apply --wait 0 s");
     EXPECT_EQ(r.code, 43);
     const std::regex held("tqs: locked by process " + std::to_string(getpid()) +
                           R"( \(.*tests.*\), user \S+, for \d+ s\n)");
     EXPECT_TRUE(std::regex_match(r.err, held)) << r.err;
     EXPECT_EQ(tree.Read(kLock), std::to_string(getpid()));
     tree.Write(kLock, "");
-    EXPECT_EQ(tree.Shell("tqs apply --wait 0 s").err, "tqs: locked\n");
+    EXPECT_EQ(tree.Shell("timeout 10 tqs apply --wait 0 s").err, "tqs: locked\n");
     tree.Write(kLock, "999999999");
-    r = tree.Shell("tqs apply --wait 0 s");
+    r = tree.Shell("timeout 10 tqs apply --wait 0 s");
     EXPECT_TRUE(r.err.starts_with("tqs: locked by process 999999999, which is gone, for "))
         << r.err;
     Running waiting = tree.Start({"apply", "--wait", "60", "s"}, "", TQS_TEST);

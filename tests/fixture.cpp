@@ -1,10 +1,14 @@
 #include "fixture.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,18 +16,40 @@
 
 namespace fs = std::filesystem;
 
-static std::string ReadFrom(int fd) {
-    std::string text;
-    for (std::array<char, 65536> some; ssize_t got = read(fd, some.data(), some.size());) {
-        text.append(some.data(), static_cast<size_t>(got));
+using Clock = std::chrono::steady_clock;
+
+// A run that takes longer than this hangs.
+static constexpr std::chrono::seconds kLongestRun(90);
+
+// Appends what comes until all writers have closed it. False when they have not by "end".
+static bool ReadFrom(int fd, Clock::time_point end, std::string& text) {
+    struct pollfd waited = {fd, POLLIN, 0};
+    std::array<char, 65536> some{};
+    ssize_t got = 1;
+    for (bool is_over = false; got > 0 && !is_over;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+        is_over = left <= 0;
+        if (poll(&waited, 1, static_cast<int>(std::max<int64_t>(left, 0))) <= 0) {
+            break;
+        }
+        got = read(fd, some.data(), some.size());
+        text.append(some.data(), static_cast<size_t>(std::max<ssize_t>(got, 0)));
     }
     close(fd);
-    return text;
+    return got <= 0;
 }
 
 RunResult Running::Wait() const {
     // Standard output ends up in a pipe that holds little, so it is read first; errors are short.
-    RunResult result = {-1, 0, ReadFrom(out), ReadFrom(err)};
+    RunResult result;
+    const auto end = Clock::now() + kLongestRun;
+    const bool is_out_closed = ReadFrom(out, end, result.out);
+    if (!ReadFrom(err, end, result.err) || !is_out_closed) {
+        kill(-pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+        throw std::runtime_error("has not ended in 90 s: " + command + "\n" + result.out +
+                                 result.err);
+    }
     int status = 0;
     waitpid(pid, &status, 0);
     result.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -52,6 +78,7 @@ Tree::Tree() {
     }
     fs::create_symlink(TQSMGR_TEST, Path("path/tqsmgr"));
     fs::create_symlink(TQS_TEST, Path("path/tqs"));
+    fs::create_symlink(TQS_CASES "/../waits.sh", Path("path/waits.sh"));
     WriteMap("");
     Write(kModels, "# known models\nServer|M100\nBig|X9\n");
     Write(kOsTypes, "Unknown|\nlinux|Linux servers\naix|AIX\n");
@@ -87,21 +114,25 @@ Running Tree::Start(const std::vector<std::string>& words, const std::string& in
     }
     const pid_t pid = fork();
     if (pid == 0) {
-        const bool is_set = dup2(in, 0) == 0 && dup2(out[1], 1) == 1 && dup2(err[1], 2) == 2 &&
-                            chdir(root_.c_str()) == 0;
+        // A group of its own, so that all of it can be ended.
+        const bool is_set = setpgid(0, 0) == 0 && dup2(in, 0) == 0 && dup2(out[1], 1) == 1 &&
+                            dup2(err[1], 2) == 2 && chdir(root_.c_str()) == 0;
         _exit(is_set ? execv(binary.c_str(), argv.data()) : 126);
     }
     for (const int fd : {in, out[1], err[1]}) {
         close(fd);
     }
-    return {pid, out[0], err[0]};
+    std::string command;
+    for (const std::string& word : words) {
+        command += word + " ";
+    }
+    return {pid, out[0], err[0], command};
 }
 
 RunResult Tree::Shell(const std::string& command, const std::string& input) const {
-    const std::string names =
-        "PATH=path:$PATH M=" + kMap + " L=" + kLock + " K=" + kKfxConf + " LOG=" + kLog +
-        " C=usr/opt/tqs/config G=" + OtherGroup() +
-        "\nwaiting() { grep -c -- \"-> FLOCK.*:$(stat -c %i $1) \" /proc/locks; }\n";
+    const std::string names = "PATH=path:$PATH M=" + kMap + " L=" + kLock + " K=" + kKfxConf +
+                              " LOG=" + kLog + " C=usr/opt/tqs/config G=" + OtherGroup() +
+                              "\n. path/waits.sh\n";
     return Start({"-c", names + command}, input, "/bin/sh").Wait();
 }
 

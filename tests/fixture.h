@@ -37,6 +37,8 @@ struct Running {
     int pid = -1;
     int out = -1;
     int err = -1;
+    std::string command;
+    // Throws when the run hangs: it is then ended, with all that it has started.
     RunResult Wait() const;
 };
 
@@ -67,7 +69,8 @@ class Tree {
                                 const std::string& input = "",
                                 const std::string& binary = TQSMGR_TEST) const;
     // Runs a shell command in the folder, with the programs "tqsmgr" and "tqs" in the search path
-    // and the paths of map, lock, kfx.conf and log as M, L, K and LOG, another group as G.
+    // and the paths of map, lock, kfx.conf and log as M, L, K and LOG, another group as G, and the
+    // functions of waits.sh.
     [[nodiscard]] RunResult Shell(const std::string& command, const std::string& input = "") const;
 
     // The content of a file; "(none)" when there is no such file.
