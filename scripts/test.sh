@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the tests need, refuses sources that clang-format would change or clang-tidy finds
 # fault with, builds the program as it is shipped and with sanitizers, and runs all tests of both.
-# Further arguments go to ctest, for example: scripts/test.sh -R security
+# Extra arguments are passed to ctest, for example: scripts/test.sh -R documents
 set -euo pipefail
 # shellcheck source=scripts/common.sh
 . "$(dirname -- "${BASH_SOURCE[0]}")/common.sh"
