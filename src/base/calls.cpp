@@ -54,10 +54,6 @@ int Flock(int fd, int operation) {
     return flock(fd, operation);
 }
 
-int SetFlags(int fd, int flags) {
-    return fcntl(fd, F_SETFL, flags);
-}
-
 int Fchown(int fd, gid_t group) {
     return fchown(fd, static_cast<uid_t>(-1), group);
 }

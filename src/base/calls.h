@@ -30,7 +30,6 @@ int Ftruncate(int fd, off_t length);
 // Reserves room for "length" bytes from "offset" on and leaves the file's size as it is.
 int Reserve(int fd, off_t offset, off_t length);
 int Flock(int fd, int operation);
-int SetFlags(int fd, int flags);
 int Fchown(int fd, gid_t group);
 int Fchmod(int fd, mode_t mode);
 int Stat(const char* path, struct stat* status);

@@ -1,6 +1,7 @@
 #include "base/files.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,17 +9,22 @@
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <ctime>
 #include <optional>
 
 #include "base/calls.h"
 #include "base/paths.h"
+#include "base/process.h"
 
 FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
-    if (this != &other) {
-        static_cast<void>(Close());
-        fd_ = std::exchange(other.fd_, -1);
-    }
+    const FileDescriptor old(std::exchange(fd_, std::exchange(other.fd_, -1)));
     return *this;
+}
+
+FileDescriptor::~FileDescriptor() {
+    const int cause = errno;
+    static_cast<void>(Close());
+    errno = cause;
 }
 
 bool FileDescriptor::Close() {
@@ -26,63 +32,129 @@ bool FileDescriptor::Close() {
     return fd < 0 || calls::Close(fd) == 0;
 }
 
-static DirectoryEntry EntryIn(int folder, const std::string& path) {
-    const size_t slash = path.rfind('/');
-    const bool is_plain = slash == std::string::npos;
-    const std::string parent = is_plain ? "." : path.substr(0, slash + 1);
-    return {FileDescriptor(calls::Open(folder, parent.c_str(), O_PATH | O_DIRECTORY)),
-            is_plain ? path : path.substr(slash + 1)};
-}
-
-DirectoryEntry EntryOf(const std::string& path) {
-    return EntryIn(calls::kHere, path);
-}
-
 static FileDescriptor OpenEntry(const DirectoryEntry& entry, int flags) {
-    return FileDescriptor(
-        calls::Open(entry.folder.get(), entry.name.c_str(), flags | O_NOFOLLOW | O_NONBLOCK));
+    int fd = -1;
+    do {
+        fd = calls::Open(entry.folder.get(), entry.name.c_str(), flags);
+    } while (fd < 0 && errno == EINTR);
+    return FileDescriptor(fd);
 }
 
-// A pipe was opened without waiting for a writer, but one that is still at work must be waited for.
-static void WaitForData(const FileDescriptor& file) {
-    if (file.IsOpen()) {
-        static_cast<void>(calls::SetFlags(file.get(), 0));
-    }
-}
+namespace {
 
-FileDescriptor OpenForReading(const char* path) {
-    FileDescriptor file(calls::Open(calls::kHere, path, O_RDONLY | O_NONBLOCK));
-    WaitForData(file);
-    return file;
-}
-
-// Goes from a symbolic link to where it leads; the link that is looked at is the one that is read.
-static bool FollowLink(DirectoryEntry& entry, int link) {
-    std::array<char, PATH_MAX> target{};
-    const ssize_t length = calls::Readlink(link, target.data(), target.size());
-    if (length <= 0) {
-        return false;
-    }
-    entry = EntryIn(entry.folder.get(), std::string(target.data(), static_cast<size_t>(length)));
-    return entry.folder.IsOpen();
-}
-
-// What stands at an entry, as far as it may be followed.
+// What is found at a name, as far as it may be followed.
 enum class LinkKind { kNone, kTrusted, kToDescriptor, kRefused };
 
 // The links of /proc lead to open descriptors, pipes for one, whatever their text says.
-static LinkKind KindOf(const FileDescriptor& link) {
+LinkKind KindOf(const FileDescriptor& found) {
     struct stat status {};
-    if (!link.IsOpen() || calls::Fstat(link.get(), &status) != 0) {
+    if (calls::Fstat(found.get(), &status) != 0) {
         return LinkKind::kRefused;
     }
     if (!S_ISLNK(status.st_mode)) {
         return LinkKind::kNone;
     }
     if (status.st_uid != 0 && status.st_uid != geteuid()) {
+        errno = EACCES;
         return LinkKind::kRefused;
     }
-    return calls::IsOnProc(link.get()) ? LinkKind::kToDescriptor : LinkKind::kTrusted;
+    return calls::IsOnProc(found.get()) ? LinkKind::kToDescriptor : LinkKind::kTrusted;
+}
+
+// A path that is walked one name at a time, so that each link on it is looked at, and read, as the
+// one that is then followed.
+class Walk {
+  public:
+    // Begins in the working directory, or at the root.
+    explicit Walk(const std::string& path) {
+        errno = ENOENT;
+        if (!path.empty()) {
+            Turn(path);
+        }
+    }
+
+    // Goes to the folder of the last name, and stays there. False, with errno, when that is
+    // impossible.
+    bool Arrive();
+    // Goes to where the link leads that is open as "link" and bears the last name.
+    bool Follow(const FileDescriptor& link);
+
+    // The last name, behind all links that were followed.
+    DirectoryEntry entry;
+
+  private:
+    void Turn(const std::string& path);
+    bool Enter();
+
+    std::string rest_;  // behind the entry's name
+    int links_ = 0;
+};
+
+// Goes on along "path" before what is left.
+void Walk::Turn(const std::string& path) {
+    const bool is_absolute = path.starts_with('/');
+    if (is_absolute || !entry.folder.IsOpen()) {
+        const char* start = is_absolute ? "/" : ".";
+        entry.folder = FileDescriptor(calls::Open(calls::kHere, start, O_PATH | O_DIRECTORY));
+    }
+    rest_.insert(0, path + (rest_.empty() ? "" : "/"));
+}
+
+bool Walk::Follow(const FileDescriptor& link) {
+    static constexpr int kMostLinks = 40;
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = calls::Readlink(link.get(), target.data(), target.size());
+    if (length <= 0 || ++links_ > kMostLinks) {
+        errno = length > 0 ? ELOOP : errno;
+        return false;
+    }
+    Turn({target.data(), static_cast<size_t>(length)});
+    return entry.folder.IsOpen();
+}
+
+// Goes into the folder of the entry's name.
+bool Walk::Enter() {
+    FileDescriptor folder = OpenEntry(entry, O_PATH | O_DIRECTORY | O_NOFOLLOW);
+    if (!folder.IsOpen() && errno == ENOTDIR) {
+        const FileDescriptor found = OpenEntry(entry, O_PATH | O_NOFOLLOW);
+        const LinkKind kind = found.IsOpen() ? KindOf(found) : LinkKind::kRefused;
+        if (kind == LinkKind::kTrusted) {
+            return Follow(found);
+        }
+        errno = kind == LinkKind::kNone ? ENOTDIR : errno;
+        if (kind == LinkKind::kToDescriptor) {
+            folder = OpenEntry(entry, O_PATH | O_DIRECTORY);
+        }
+    }
+    entry.folder = std::move(folder);
+    return entry.folder.IsOpen();
+}
+
+bool Walk::Arrive() {
+    if (rest_.empty() && !entry.name.empty()) {
+        return entry.folder.IsOpen();
+    }
+    while (entry.folder.IsOpen()) {
+        rest_.erase(0, rest_.find_first_not_of('/'));
+        const size_t slash = rest_.find('/');
+        entry.name = rest_.empty() ? "." : rest_.substr(0, slash);
+        rest_.erase(0, slash);
+        if (rest_.empty()) {
+            return true;
+        }
+        if (!Enter()) {
+            entry.folder = {};
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+DirectoryEntry EntryOf(const std::string& path) {
+    Walk walk(path);
+    static_cast<void>(walk.Arrive());
+    return std::move(walk.entry);
 }
 
 // Creates the file exclusively. In a folder that hands down the product's group it has its final
@@ -107,52 +179,89 @@ static FileDescriptor Create(int folder, const std::string& name, int flags, mod
     return file;
 }
 
-// Opens "path", or creates it where "mode" is given and nothing stands there.
-static OpenedFile OpenTrusted(const std::string& path, int flags, std::optional<mode_t> mode) {
-    // As many links as the system would follow, what they lead to, and names that change meanwhile.
-    static constexpr int kMostSteps = 42;
+// How a file is to be opened.
+struct Opening {
+    const std::string& path;
+    int flags;
+    std::optional<mode_t> mode = std::nullopt;  // to create it with where it is missing
+    const std::string& map = paths::kSystemMap;
+};
+
+static bool IsProducts(const std::string& path) {
+    return std::ranges::count(paths::ProductFiles(), path) > 0;
+}
+
+// Refuses what bears one of the product's own names and is no regular file or, where it would be
+// written or created, another file of the product as well. Errno then says so.
+static void CheckProductFile(const Opening& opening, FileDescriptor& file) {
+    const mode_t type = TypeOf(file.get());
+    const auto is_other = [&](const std::string& other) {
+        return other != opening.path && IsSameFile(file.get(), other.c_str());
+    };
+    int cause = type == S_IFREG ? 0 : type == S_IFDIR ? EISDIR : EINVAL;
+    if (opening.mode &&
+        (std::ranges::any_of(paths::ProductFiles(), is_other) || is_other(opening.map))) {
+        cause = EINVAL;
+    }
+    if (cause != 0) {
+        file = {};
+        errno = cause;
+    }
+}
+
+static OpenedFile OpenTrusted(const Opening& opening) {
+    // Names may change meanwhile.
+    static constexpr int kMostSteps = 100;
+    const bool is_products = IsProducts(opening.path);
+    const bool waits = !is_products && (opening.flags & O_ACCMODE) == O_RDONLY;
+    const int flags = opening.flags | (waits ? 0 : O_NONBLOCK);
     OpenedFile file;
-    file.entry = EntryOf(path);
+    Walk walk(opening.path);
     bool is_behind_link = false;
-    for (int step = 0; step < kMostSteps && file.entry.folder.IsOpen(); ++step) {
-        file.fd = OpenEntry(file.entry, flags);
-        if (file.fd.IsOpen() ||
-            (errno != ELOOP && (errno != ENOENT || !mode.has_value() || is_behind_link))) {
-            return file;
-        }
-        if (errno == ENOENT) {
-            file.fd = Create(file.entry.folder.get(), file.entry.name, flags, *mode, file.given);
-            file.created = file.fd.IsOpen();
-            if (file.created || errno != EEXIST) {
-                return file;
+    for (int step = 0; step < kMostSteps && walk.Arrive(); ++step) {
+        const FileDescriptor found = OpenEntry(walk.entry, O_PATH | O_NOFOLLOW);
+        if (found.IsOpen()) {
+            const LinkKind kind = KindOf(found);
+            if (kind == LinkKind::kRefused || (kind == LinkKind::kTrusted && !walk.Follow(found))) {
+                break;
             }
-            continue;
+            if (kind == LinkKind::kTrusted) {
+                is_behind_link = true;
+                continue;
+            }
+            file.fd = OpenEntry(walk.entry, flags | (kind == LinkKind::kNone ? O_NOFOLLOW : 0));
+        } else if (errno == ENOENT && opening.mode && !is_behind_link) {
+            file.fd =
+                Create(walk.entry.folder.get(), walk.entry.name, flags, *opening.mode, file.given);
+            file.created = file.fd.IsOpen();
+        } else {
+            break;
         }
-        const FileDescriptor link = OpenEntry(file.entry, O_PATH);
-        const LinkKind kind = KindOf(link);
-        is_behind_link = is_behind_link || kind == LinkKind::kTrusted;
-        if (kind == LinkKind::kToDescriptor) {
-            file.fd = FileDescriptor(
-                calls::Open(file.entry.folder.get(), file.entry.name.c_str(), flags | O_NONBLOCK));
-        }
-        if (kind == LinkKind::kToDescriptor || kind == LinkKind::kRefused ||
-            (kind == LinkKind::kTrusted && !FollowLink(file.entry, link.get()))) {
-            return file;
+        if (file.fd.IsOpen() || (errno != ELOOP && errno != EEXIST && errno != ENOENT)) {
+            break;
         }
     }
+    if (file.fd.IsOpen() && is_products) {
+        CheckProductFile(opening, file.fd);
+    }
+    file.entry = std::move(walk.entry);
     return file;
+}
+
+FileDescriptor OpenForReading(const std::string& path) {
+    return OpenTrusted({path, O_RDONLY}).fd;
 }
 
 OpenedFile OpenProductFile(const std::string& path, int flags) {
-    OpenedFile file = OpenTrusted(path, flags, std::nullopt);
-    if ((flags & O_ACCMODE) == O_RDONLY) {
-        WaitForData(file.fd);
-    }
-    return file;
+    return OpenTrusted({path, flags});
 }
 
-OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode) {
-    return OpenTrusted(path, flags, mode);
+OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode, const std::string& map) {
+    return OpenTrusted({path, flags, mode, map});
+}
+
+bool Exists(const std::string& path) {
+    return OpenTrusted({path, O_PATH}).fd.IsOpen();
 }
 
 bool Replacement::Create(mode_t mode) {
@@ -186,6 +295,29 @@ void Replacement::Discard() {
     static_cast<void>(calls::Unlink(target_.folder.get(), name_.c_str()));
 }
 
+Deadline DeadlineIn(std::optional<std::chrono::seconds> seconds) {
+    return seconds ? Deadline(std::chrono::steady_clock::now() + *seconds) : std::nullopt;
+}
+
+bool IsOver(const Deadline& deadline) {
+    return deadline && std::chrono::steady_clock::now() >= *deadline;
+}
+
+bool LockFile(int fd, const Deadline& deadline) {
+    static constexpr long kLongestPause = 20'000'000;
+    struct timespec pause = {0, 1'000'000};
+    const int operation = LOCK_EX | (deadline ? LOCK_NB : 0);
+    while (calls::Flock(fd, operation) != 0) {
+        if (errno == EWOULDBLOCK && !IsOver(deadline) && !IsTerminationPending()) {
+            nanosleep(&pause, nullptr);
+            pause.tv_nsec = std::min(2 * pause.tv_nsec, kLongestPause);
+        } else if (errno != EINTR) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool IsSameFile(int fd, const char* path) {
     struct stat opened {};
     struct stat named {};
@@ -216,11 +348,15 @@ ssize_t ReadOnce(int fd, void* buffer, size_t size) {
     return got;
 }
 
-bool ReadToEnd(int fd, std::string& text) {
+bool ReadToEnd(int fd, std::string& text, size_t most) {
     std::array<char, 65536> piece;
     ssize_t got = 0;
     while ((got = ReadOnce(fd, piece.data(), piece.size())) > 0) {
         text.append(piece.data(), static_cast<size_t>(got));
+        if (text.size() > most) {
+            errno = EFBIG;
+            return false;
+        }
     }
     return got == 0;
 }

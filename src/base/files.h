@@ -2,17 +2,24 @@
 // reads and writes, opening what may be opened, creation by the product's rule, and writing over a
 // file without ever losing it.
 //
-// Other users can rename and plant names in the product's folders, so nothing is created through a
-// symbolic link, and a link is followed only when root or the user that runs has made it.
+// Other users can rename and plant names in the product's folders, so every path is walked name by
+// name: a symbolic link in the place of a file, or of a folder on the way to it, is followed only
+// when it belongs to root or to the user that runs, and nothing is created where a link leads. What
+// bears one of the product's own names must be a regular file. What a user names may be a pipe or a
+// device as well, and the writer of a pipe is waited for.
 #pragma once
 
 #include <sys/types.h>
 
+#include <chrono>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 
 #include "base/outcome.h"
+#include "base/paths.h"
 
 // Owns one descriptor, or none (-1).
 class FileDescriptor {
@@ -23,7 +30,8 @@ class FileDescriptor {
     FileDescriptor& operator=(FileDescriptor&& other) noexcept;
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
-    ~FileDescriptor() { static_cast<void>(Close()); }
+    // Leaves errno as it is, for whoever is told of a failure.
+    ~FileDescriptor();
 
     [[nodiscard]] int get() const { return fd_; }
     [[nodiscard]] bool IsOpen() const { return fd_ >= 0; }
@@ -43,7 +51,7 @@ struct DirectoryEntry {
 };
 
 // The entry of "path"; a link of that name is not followed. The folder is not open, with errno,
-// when there is no such folder.
+// when there is no such folder, or when a link on the way may not be followed.
 DirectoryEntry EntryOf(const std::string& path);
 
 // An open file of the product.
@@ -55,18 +63,22 @@ struct OpenedFile {
                            // given its group or mode
 };
 
-// Opens "path" for reading. A FIFO without a writer reads as empty instead of blocking the run.
-// Not open, with errno, on failure.
-FileDescriptor OpenForReading(const char* path);
+// Opens "path" for reading. Not open, with errno, on failure: EACCES for a link that may not be
+// followed, EISDIR or EINVAL where one of the product's own names is no regular file.
+FileDescriptor OpenForReading(const std::string& path);
 
-// Opens the lock, the log, kfx.conf or a -config file with "flags" (O_WRONLY and so on). A symbolic
-// link in its place, and each that follows, must belong to root or to the user that runs. A FIFO
-// without a reader is refused instead of blocking the run. Not open, with errno, on failure.
+// Opens "path" with "flags" (O_WRONLY and so on). A FIFO without a reader is refused instead of
+// holding up the run. Not open, with errno, on failure.
 OpenedFile OpenProductFile(const std::string& path, int flags);
 
 // The same, but a missing file is created with the product's group and "mode", unless a link leads
 // there. Only the run whose call creates the file sees "created", also when several start at once.
-OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode);
+// One of the product's own files that is "map", or another of them, under a second name is refused.
+OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode,
+                        const std::string& map = paths::kSystemMap);
+
+// Whether something is at "path".
+bool Exists(const std::string& path);
 
 // A new file that is written beside another one and then takes its name. The other one is there,
 // whole, until that moment.
@@ -101,6 +113,18 @@ class Replacement {
     Outcome given_;
 };
 
+// When a wait ends; none: never.
+using Deadline = std::optional<std::chrono::steady_clock::time_point>;
+
+// The deadline in so many seconds from now.
+Deadline DeadlineIn(std::optional<std::chrono::seconds> seconds);
+bool IsOver(const Deadline& deadline);
+
+// Takes the exclusive lock (flock) of the file open as "fd", which is waited for until the deadline
+// at most, and not when the process is about to be ended. False, with errno, when the system
+// refuses it, or with EWOULDBLOCK when the wait is over.
+bool LockFile(int fd, const Deadline& deadline);
+
 // Whether "path" names the file that is open as "fd".
 bool IsSameFile(int fd, const char* path);
 
@@ -118,9 +142,13 @@ bool ReserveBehindEnd(int fd, off_t size);
 // -1, with errno.
 ssize_t ReadOnce(int fd, void* buffer, size_t size);
 
-// Appends what is left to read from "fd" to "text". False, with errno, on a read error; "text" then
-// holds what came before it.
-bool ReadToEnd(int fd, std::string& text);
+// More of a product's file than this is never held in memory: members can make one as large as they
+// like.
+inline constexpr size_t kLargestInMemory = size_t{64} << 20;
+
+// Appends what is left to read from "fd" to "text". False, with errno, on a read error, or with
+// EFBIG when that is more than "most" bytes; "text" then holds what came before it.
+bool ReadToEnd(int fd, std::string& text, size_t most = SIZE_MAX);
 
 // Copies what is left to read from "from" to "to". False, with errno, on failure.
 bool CopyAll(int from, int to);

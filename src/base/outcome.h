@@ -26,8 +26,9 @@ class [[nodiscard]] Outcome {
     ExitCode code() const { return code_; }
     [[nodiscard]] const std::string& message() const { return message_; }
 
-    // For a message that tells of a place in a file in a form of its own: the place as compilers
-    // write it ("map.xml:3"), and the cause alone.
+    // For a message that describes a place in a file in a form of its own: the place as compilers
+    // write it ("map.xml:3"), and the cause alone. Without a place the cause is what standard error
+    // says in place of the message, which the log gets.
     struct Cause {
         std::string place;
         std::string text;

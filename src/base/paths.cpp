@@ -1,5 +1,7 @@
 #include "base/paths.h"
 
+#include <array>
+
 #ifndef TQS_ROOT
 #error "TQS_ROOT is the root of all paths: \"/\" in the shipped program, \"\" in the test program"
 #endif
@@ -23,5 +25,11 @@ const char* const kConfigCopy = TQS_ROOT "tmp/tqsconfXXXXXX";
 const char* const kNotifyWeb = TQS_DIR "/bin/notifyweb" TQS_SILENT;
 const char* const kNotifyKfxd = TQS_ROOT "etc/init.d/kfxd update" TQS_SILENT;
 const char* const kNotifyLrp = TQS_DIR "/bin/notifylrp" TQS_SILENT;
+
+std::span<const char* const> ProductFiles() {
+    static constexpr std::array kFiles = {kSystemMap, kLockFile, kKfxConf, kModels,
+                                          kOsTypes,   kLog,      kOldLog};
+    return kFiles;
+}
 
 }  // namespace paths

@@ -4,6 +4,8 @@
 // that each test runs in a tree of its own below its working directory.
 #pragma once
 
+#include <span>
+
 namespace paths {
 
 extern const char* const kProductDir;  // its group is given to every file that a run creates
@@ -20,5 +22,8 @@ extern const char* const kConfigCopy;  // mkstemp template of the copy made for 
 extern const char* const kNotifyWeb;   // shell commands that tell other components of a change
 extern const char* const kNotifyKfxd;
 extern const char* const kNotifyLrp;
+
+// The files among them that have a fixed name in the product's folders.
+std::span<const char* const> ProductFiles();
 
 }  // namespace paths

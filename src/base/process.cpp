@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -67,6 +68,13 @@ void HoldTermination() {
 
 void AllowTermination() {
     sigprocmask(SIG_SETMASK, &given.mask, nullptr);
+}
+
+bool IsTerminationPending() {
+    sigset_t pending;
+    sigpending(&pending);
+    return std::ranges::any_of(
+        kTermination, [&pending](int signal) { return sigismember(&pending, signal) == 1; });
 }
 
 [[noreturn]] static void BecomeShell(const char* command) {

@@ -13,6 +13,8 @@ void PrepareProcess();
 // own mask has it; before and after, a run can be ended at any moment.
 void HoldTermination();
 void AllowTermination();
+// Whether one of them waits.
+bool IsTerminationPending();
 
 // Runs "command" through the shell and waits for it. It starts with the signal dispositions, the
 // mask of signals and the umask that this process was given, with standard input from /dev/null,

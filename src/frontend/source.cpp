@@ -20,8 +20,7 @@ std::string NameOf(const std::string& path) {
 }
 
 FileDescriptor OpenNamed(const std::string& path) {
-    return FileDescriptor(path == "-" ? dup(STDIN_FILENO)
-                                      : calls::Open(calls::kHere, path.c_str(), O_RDONLY));
+    return path == "-" ? FileDescriptor(dup(STDIN_FILENO)) : OpenForReading(path);
 }
 
 std::string Source::Name() const {

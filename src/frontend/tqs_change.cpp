@@ -129,7 +129,7 @@ Result<int> ApplyScript(const std::string& path, ScriptOptions options) {
     }
     Run run;
     Outcome outcome = Guarded([&] {
-        Outcome step = options.is_trial ? Outcome() : run.BeginScript("tqs apply " + path);
+        Outcome step = options.is_trial ? Outcome() : run.BeginScript("tqs apply " + path, options);
         if (step.ok()) {
             step = run.Check(script->commands, options);
         }
@@ -275,12 +275,12 @@ Result<int> SyncInventory(const std::string& path, bool keep, ScriptOptions opti
         if (!step.ok() || plan.script.steps.empty()) {
             return step;
         }
-        step = has_begun ? step : run.BeginScript(title);
+        step = has_begun ? step : run.BeginScript(title, options);
         has_begun = true;
         return step.ok() ? RunSteps(run, plan, options) : step;
     });
     if (!outcome.ok() && !has_begun) {
-        static_cast<void>(run.BeginScript(title));
+        static_cast<void>(run.BeginScript(title, options));
     }
     run.EndScript(outcome, plan.refused.empty() ? "" : RefusedAt(plan.refused));
     return outcome.ok() ? Result(0) : plan.refused.empty() ? outcome : Outcome(outcome.code(), "");

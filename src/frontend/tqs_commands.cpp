@@ -90,7 +90,7 @@ bool IsKfxConfRight(const Inventory& inventory) {
         return true;
     }
     const FileDescriptor file = OpenForReading(paths::kKfxConf);
-    return file.IsOpen() && ReadToEnd(file.get(), present) && present == wanted;
+    return file.IsOpen() && ReadToEnd(file.get(), present, wanted.size()) && present == wanted;
 }
 
 // A run may be between its two files, so a difference is looked at again, for up to a second, as
@@ -119,7 +119,7 @@ std::vector<std::string> PlacesIn(const Source& source) {
     }
     std::string text = source.text;
     if (text.empty() && source.path != "-") {
-        const FileDescriptor file = OpenForReading(source.path.c_str());
+        const FileDescriptor file = OpenForReading(source.path);
         static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), text));
     }
     const Result<std::vector<size_t>> lines = LinesOfStartTags(text, source.Name());

@@ -205,7 +205,7 @@ Outcome TakeOptions(ChangeWords& words) {
         if (error != std::errc() || stop != end) {
             return Invalid("--wait: \"" + *words.wait + "\" is no number of seconds.");
         }
-        words.options.wait = seconds;
+        words.options.wait = std::chrono::seconds(seconds);
     }
     return {};
 }
@@ -264,7 +264,8 @@ Outcome Complaint(const CLI::App& app, const CLI::ParseError& error) {
 
 void PrintError(const Outcome& outcome) {
     if (outcome.cause()) {
-        Complain("tqs: " + outcome.cause()->place + ": " + outcome.cause()->text + "\n");
+        const std::string& place = outcome.cause()->place;
+        Complain("tqs: " + place + (place.empty() ? "" : ": ") + outcome.cause()->text + "\n");
     } else if (!outcome.message().empty()) {
         Complain("tqs: " + outcome.message() + "\n");
     }

@@ -1,13 +1,10 @@
 #include "model/validation.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
 
-#include "base/calls.h"
 #include "base/complaints.h"
 #include "base/files.h"
 #include "base/paths.h"
@@ -141,7 +138,7 @@ static bool FieldIs(std::string_view rest, std::string_view wanted, std::string_
 static std::optional<std::string> ReadReferenceFile(const char* path) {
     std::string text;
     const FileDescriptor file = OpenForReading(path);
-    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
+    if (!file.IsOpen() || !ReadToEnd(file.get(), text, kLargestInMemory)) {
         Complain(std::string("cannot open ") + path + " : " + strerror(errno) + "\n");
         return std::nullopt;
     }
@@ -195,9 +192,7 @@ bool ReferenceFiles::IsOSTypeInDatabase(std::string_view type) {
 bool ReferenceFiles::EventFileExists(std::string_view name) {
     const auto [answer, is_new] = event_files_.try_emplace(std::string(name));
     if (is_new) {
-        struct stat status {};
-        const std::string path = std::string(paths::kEventsDir) + '/' + std::string(name);
-        answer->second = calls::Stat(path.c_str(), &status) == 0;
+        answer->second = Exists(std::string(paths::kEventsDir) + '/' + std::string(name));
     }
     return answer->second;
 }

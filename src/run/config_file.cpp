@@ -1,7 +1,6 @@
 #include "run/config_file.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -22,9 +21,9 @@ static Outcome CannotWrite(const std::string& path) {
 }
 
 static Result<std::string> ReadWholeFile(const std::string& path) {
-    const OpenedFile file = OpenProductFile(path, O_RDONLY);
+    const FileDescriptor file = OpenForReading(path);
     std::string text;
-    if (!file.fd.IsOpen() || !ReadToEnd(file.fd.get(), text)) {
+    if (!file.IsOpen() || !ReadToEnd(file.get(), text)) {
         return CannotOpen(path);
     }
     return text;
@@ -132,8 +131,7 @@ static Outcome FillNewFile(OpenedFile file, const std::string& path, std::string
 
 Outcome WriteConfigFile(const std::string& path, const std::string& argument,
                         const BeforeChange& before_change) {
-    struct stat status {};
-    if (calls::Stat(path.c_str(), &status) != 0 && errno == ENOENT) {
+    if (!Exists(path) && errno == ENOENT) {
         if (Outcome outcome = before_change(); !outcome.ok()) {
             return outcome;
         }

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include "base/calls.h"
 #include "base/files.h"
 #include "base/paths.h"
 #include "daemonconf/kfxconf.h"
@@ -15,9 +16,10 @@ Outcome PutKfxConf(const Inventory& inventory, Output& out) {
     return WriteKfxConf(out, inventory, "");
 }
 
-Outcome CreateKfxConfFile(const Inventory& inventory) {
-    OpenedFile file = OpenOrCreate(paths::kKfxConf, O_WRONLY | O_TRUNC, 0660);
-    if (!file.fd.IsOpen()) {
+Outcome CreateKfxConfFile(const Inventory& inventory, const std::string& map) {
+    OpenedFile file = OpenOrCreate(paths::kKfxConf, O_WRONLY, 0660, map);
+    // It is emptied only once it is known to be no other file.
+    if (!file.fd.IsOpen() || calls::Ftruncate(file.fd.get(), 0) != 0) {
         return Failure(ExitCode::kCannotOpen, "Cannot open \"%s\".", paths::kKfxConf);
     }
     if (!file.given.ok()) {

@@ -29,7 +29,7 @@ static std::string ProcessId(int lock) {
 static std::string CommandOf(const std::string& process) {
     static constexpr size_t kMost = 200;
     std::string command;
-    const FileDescriptor file = OpenForReading((process + "/cmdline").c_str());
+    const FileDescriptor file = OpenForReading(process + "/cmdline");
     static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), command));
     command.resize(command.find_last_not_of('\0') + 1);
     std::ranges::replace(command, '\0', ' ');
@@ -47,8 +47,8 @@ static std::string UserOf(const struct stat& status) {
 }
 
 std::string DescribeHolder() {
-    const OpenedFile lock = OpenProductFile(paths::kLockFile, O_RDONLY);
-    const std::string number = lock.fd.IsOpen() ? ProcessId(lock.fd.get()) : "";
+    const FileDescriptor lock = OpenForReading(paths::kLockFile);
+    const std::string number = lock.IsOpen() ? ProcessId(lock.get()) : "";
     std::string text = "locked";
     struct stat status {};
     if (!number.empty()) {
@@ -63,7 +63,7 @@ std::string DescribeHolder() {
         }
     }
     // Only a run's lock has been taken when the file was written.
-    if (!number.empty() && calls::Fstat(lock.fd.get(), &status) == 0) {
+    if (!number.empty() && calls::Fstat(lock.get(), &status) == 0) {
         const time_t age = std::max<time_t>(time(nullptr) - status.st_mtime, 0);
         text += ", for " + std::to_string(age) + " s";
     }

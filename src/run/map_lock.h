@@ -2,19 +2,22 @@
 // kfx.conf and the log entry are written. While it is held, the lock file holds the process id.
 #pragma once
 
+#include <chrono>
 #include <optional>
+#include <string>
 
 #include "base/files.h"
 #include "base/outcome.h"
 
 class MapLock {
   public:
-    // Waits for the lock, at most "seconds" where that is given, and takes it. Creates the lock
-    // file where it is missing and never deletes it. kLockFailed "Cannot open lock file \"%s\"." or
-    // "Cannot write pid to lock file \"%s\"." or the system's text or, when the time is over, as
-    // DescribeHolder; kWriteFailed with the system's text when a new lock file cannot be given its
-    // group or mode.
-    Outcome Lock(std::optional<unsigned> seconds = {});
+    // Waits for the lock, at most "wait" where that is given, and takes it. "map" is the path of
+    // the map, which the lock file must not be under a second name. Creates the lock file where it
+    // is missing and never deletes it. kLockFailed "Cannot open lock file \"%s\"." or "Cannot write
+    // pid to lock file \"%s\"." or the system's text or, when the time is over, "locked", with
+    // DescribeHolder as the cause; kWriteFailed with the system's text when a new lock file cannot
+    // be given its group or mode.
+    Outcome Lock(const std::string& map, std::optional<std::chrono::seconds> wait = {});
 
     // To be called just before the run first changes the map, kfx.conf or a -config file, and
     // harmless after that. Termination signals wait from here on. kLockFailed "Lock file \"%s\" was
@@ -27,7 +30,7 @@ class MapLock {
     Outcome Unlock();
 
   private:
-    Outcome Take(std::optional<unsigned> seconds);
+    Outcome Take(const std::string& map, const Deadline& deadline);
 
     FileDescriptor file_;  // open while the lock is held
     bool is_changing_ = false;

@@ -31,7 +31,7 @@ static DocumentPart PartFor(Action action) {
 // Takes the lock and reads the map. What the parser only gives up leaves a tree that the command
 // then finds incomplete, but the -config actions look at nothing in it.
 Outcome Run::Open(const Command& command) {
-    if (Outcome outcome = lock_.Lock(); !outcome.ok()) {
+    if (Outcome outcome = lock_.Lock(command.map); !outcome.ok()) {
         return outcome;
     }
     const Result<bool> is_whole =
@@ -107,9 +107,9 @@ Outcome Run::WriteMap(const std::string& map) {
     return WriteXMLFile(map, inventory_.Tree(), [this] { return lock_.BeginChange(); });
 }
 
-Outcome Run::RegenerateKfxConf() {
+Outcome Run::RegenerateKfxConf(const std::string& map) {
     Outcome outcome = lock_.BeginChange();
-    return outcome.ok() ? CreateKfxConfFile(inventory_) : outcome;
+    return outcome.ok() ? CreateKfxConfFile(inventory_, map) : outcome;
 }
 
 // Writes what the change asks for. The entry comes before the release of the lock, so that the log
@@ -122,7 +122,7 @@ Outcome Run::Commit(const Command& command) {
         }
     }
     if (follow.kfxconf) {
-        if (Outcome outcome = RegenerateKfxConf(); !outcome.ok()) {
+        if (Outcome outcome = RegenerateKfxConf(command.map); !outcome.ok()) {
             return outcome;
         }
     }

@@ -8,13 +8,14 @@
 //
 // A script of commands is one run as well, one change that is made whole or not at all:
 //
-//     Outcome outcome = run.BeginScript("tqs apply lab.txt");
+//     Outcome outcome = run.BeginScript("tqs apply lab.txt", options);
 //     if (outcome.ok()) { outcome = run.Check(commands, options); }
 //     if (outcome.ok()) { outcome = run.OpenMap(options); }
 //     if (outcome.ok()) { outcome = run.Apply(commands, options); }
 //     run.EndScript(outcome);
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <optional>
 #include <span>
@@ -42,9 +43,9 @@ struct Refusal {
 struct ScriptOptions {
     std::string name;  // of the script, in a reader's message
     std::string map = paths::kSystemMap;
-    std::optional<unsigned> wait = {};  // for the lock, in seconds; none: as long as it takes
-    bool keeps_going = false;           // passes over what is refused
-    bool is_trial = false;              // takes no lock and writes nothing
+    std::optional<std::chrono::seconds> wait = {};  // for locks; none: as long as it takes
+    bool keeps_going = false;                       // passes over what is refused
+    bool is_trial = false;                          // takes no lock and writes nothing
     // Asked when all commands have run, before anything is written.
     std::function<Outcome(const Inventory&)> last_check = {};
     bool notifies_web = true;
@@ -74,7 +75,7 @@ class Run {
 
     // Opens the log, for a run that its entry of comments calls "title". Fails as
     // TransactionLog::Open.
-    Outcome BeginScript(std::string_view title);
+    Outcome BeginScript(std::string_view title, const ScriptOptions& options);
 
     // Refuses words that are none of a command line, which takes no lock. Fails as ParseCommand,
     // unless the run keeps going.
@@ -121,14 +122,14 @@ class Run {
     Outcome UpdateCache(const Command& command);
     Outcome Convert(const Command& command);
     Outcome WriteMap(const std::string& map);
-    Outcome RegenerateKfxConf();
+    Outcome RegenerateKfxConf(const std::string& map);
     Outcome Commit(const Command& command);
     Outcome ApplyNext(const ScriptCommand& next, const Result<Command>& command,
                       const ScriptOptions& options, Sequence& sequence);
     void Record(const ScriptCommand& next, const Result<Command>& command, const Outcome& outcome,
                 const ScriptOptions& options);
     Outcome CommitScript(const ScriptOptions& options, const Follow& changes);
-    Outcome WriteKfxConfBehindMap();
+    Outcome WriteKfxConfBehindMap(const std::string& map);
 
     TransactionLog log_;
     MapLock lock_;

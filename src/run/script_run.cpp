@@ -1,4 +1,6 @@
 // A run of many commands.
+#include <fcntl.h>
+
 #include <cerrno>
 #include <cstring>
 
@@ -7,8 +9,11 @@
 #include "commands/parse_command.h"
 #include "run/run.h"
 
-Outcome Run::BeginScript(std::string_view title) {
+Outcome Run::BeginScript(std::string_view title, const ScriptOptions& options) {
     title_ = Printable(title);
+    if (options.wait) {
+        log_.WaitAtMost(*options.wait);
+    }
     return log_.Open();
 }
 
@@ -24,11 +29,12 @@ Outcome Run::Check(std::span<const ScriptCommand> commands, const ScriptOptions&
 }
 
 Outcome Run::OpenMap(const ScriptOptions& options) {
-    if (Outcome outcome = options.is_trial ? Outcome() : lock_.Lock(options.wait); !outcome.ok()) {
+    if (Outcome outcome = options.is_trial ? Outcome() : lock_.Lock(options.map, options.wait);
+        !outcome.ok()) {
         return outcome;
     }
     Outcome outcome = ParseXMLFile(options.map, inventory_.Tree()).outcome();
-    if (!outcome.ok() && !OpenForReading(options.map.c_str()).IsOpen()) {
+    if (!outcome.ok() && !OpenProductFile(options.map, O_RDONLY | O_NONBLOCK).fd.IsOpen()) {
         const std::string why = strerror(errno);
         return std::move(outcome).WithCause({Printable(options.map), why});
     }
@@ -95,9 +101,9 @@ Outcome Run::Apply(std::span<const ScriptCommand> commands, const ScriptOptions&
 }
 
 // Behind the map that is written. That there is no kfx.conf of it, the commands' entries tell.
-Outcome Run::WriteKfxConfBehindMap() {
+Outcome Run::WriteKfxConfBehindMap(const std::string& map) {
     inventory_.ShowAsMarked();
-    Outcome outcome = RegenerateKfxConf();
+    Outcome outcome = RegenerateKfxConf(map);
     return outcome.code() == ExitCode::kIncompleteMap ? Outcome() : outcome;
 }
 
@@ -113,7 +119,7 @@ Outcome Run::CommitScript(const ScriptOptions& options, const Follow& changes) {
         is_written_ = true;
     }
     if (changes.kfxconf) {
-        Outcome outcome = WriteKfxConfBehindMap();
+        Outcome outcome = WriteKfxConfBehindMap(options.map);
         is_written_ = is_written_ || outcome.code() != ExitCode::kLockFailed;
         if (!outcome.ok()) {
             return outcome;

@@ -1,7 +1,6 @@
 #include "translog/rvt_trans_log.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/resource.h>
 
 #include <algorithm>
@@ -33,9 +32,10 @@ static Outcome WriteFailure() {
 }
 
 // Takes the log's lock, which is released when the file is closed. A log that cannot be locked is
-// written all the same.
-static void LockLog(const OpenedFile& log) {
-    while (calls::Flock(log.fd.get(), LOCK_EX) != 0 && errno == EINTR) {
+// written all the same. A run that has waited "wait" in vain does not wait again.
+static void LockLog(const OpenedFile& log, std::chrono::seconds& wait) {
+    if (!LockFile(log.fd.get(), DeadlineIn(wait)) && errno == EWOULDBLOCK) {
+        wait = {};
     }
 }
 
@@ -44,13 +44,13 @@ static constexpr int kMostChanges = 100;
 
 // A generation of the log, locked, while the file still bears its name; not open when there is
 // none.
-static OpenedFile OpenLocked(const char* path) {
+static OpenedFile OpenLocked(const char* path, std::chrono::seconds& wait) {
     for (int i = 0; i < kMostChanges; ++i) {
         OpenedFile log = OpenProductFile(path, O_RDONLY);
         if (!log.fd.IsOpen()) {
             break;
         }
-        LockLog(log);
+        LockLog(log, wait);
         if (IsSameFile(log.fd.get(), path)) {
             return log;
         }
@@ -65,10 +65,6 @@ static bool IsTooLarge(off_t size) {
 // Opens the log, which is created where it is missing.
 Outcome TransactionLog::OpenLog() {
     file_ = OpenOrCreate(paths::kLog, O_RDWR | O_APPEND, 0660);
-    // What is put into a pipe is recorded nowhere.
-    if (TypeOf(file_.fd.get()) == S_IFIFO) {
-        file_ = {};
-    }
     return file_.fd.IsOpen() ? file_.given
                              : Failure(ExitCode::kCannotOpen, "Cannot open %s", paths::kLog);
 }
@@ -77,13 +73,20 @@ Outcome TransactionLog::OpenLog() {
 // at again under the lock, so that of several runs one rotates; the generation that goes is locked
 // as well, so that nobody who amends it puts it back. A log that cannot be moved goes on being
 // used.
-static void RotateLog(const OpenedFile& log) {
-    LockLog(log);
+static void RotateLog(const OpenedFile& log, std::chrono::seconds& wait) {
+    LockLog(log, wait);
     if (IsSameFile(log.fd.get(), paths::kLog) && IsTooLarge(SizeOf(log.fd.get()))) {
-        const OpenedFile old = OpenLocked(paths::kOldLog);
-        static_cast<void>(calls::Unlink(calls::kHere, paths::kOldLog));
-        static_cast<void>(calls::Rename(calls::kHere, paths::kLog, paths::kOldLog));
+        const OpenedFile locked = OpenLocked(paths::kOldLog, wait);
+        const DirectoryEntry present = EntryOf(paths::kLog);
+        const std::string old = EntryOf(paths::kOldLog).name;
+        const int folder = present.folder.get();
+        static_cast<void>(calls::Unlink(folder, old.c_str()));
+        static_cast<void>(calls::Rename(folder, present.name.c_str(), old.c_str()));
     }
+}
+
+void TransactionLog::WaitAtMost(std::chrono::seconds limit) {
+    wait_ = std::clamp(limit, std::chrono::seconds(1), kLongestWait);
 }
 
 // What an ending without an error message takes at most.
@@ -133,7 +136,7 @@ static std::string Banner() {
 Outcome TransactionLog::Open() {
     Outcome opened = OpenLog();
     if (opened.ok() && IsTooLarge(SizeOf(file_.fd.get()))) {
-        RotateLog(file_);
+        RotateLog(file_, wait_);
         opened = OpenLog();
     }
     is_begun_ = file_.fd.IsOpen();
@@ -229,29 +232,30 @@ static bool ReplaceLog(const OpenedFile& log, Write write) {
     return replaced;
 }
 
-// Appends "text" to a log whose lock is held, and takes back a write that fails part way. What a
-// kill could cut comes as a replacement, where one can be made.
-static bool AppendToLocked(const OpenedFile& log, std::string_view text) {
+// Appends "text" to a log of "end" bytes whose lock is held, and takes back a write that fails part
+// way. What a kill could cut comes as a replacement, where one can be made.
+static void AppendToLocked(const OpenedFile& log, off_t end, std::string_view text) {
     const int fd = log.fd.get();
-    if (text.size() > kLargestWrite &&
+    const bool can_be_cut =
+        text.size() > kLargestWrite && end <= static_cast<off_t>(kLargestInMemory);
+    if (can_be_cut &&
         ReplaceLog(log, [fd, text](int to) { return CopyAll(fd, to) && WriteAll(to, text); })) {
-        return true;
+        return;
     }
-    const off_t end = SizeOf(fd);
-    const bool written = WriteAll(fd, text);
-    if (!written) {
+    if (!WriteAll(fd, text)) {
         static_cast<void>(calls::Ftruncate(fd, end));
     }
-    return written;
 }
 
 // Appends the text to the file that bears the log's name once its lock is held: another run may
 // have moved the one that this run opened.
 void TransactionLog::AppendText() {
     for (int i = 0; i < kMostChanges && file_.fd.IsOpen(); ++i) {
-        LockLog(file_);
+        LockLog(file_, wait_);
         if (IsSameFile(file_.fd.get(), paths::kLog)) {
-            static_cast<void>(AppendToLocked(file_, text_));
+            const off_t end = SizeOf(file_.fd.get());
+            AppendToLocked(file_, end, text_);
+            appended_at_ = static_cast<size_t>(end);
             break;
         }
         static_cast<void>(OpenLog());
@@ -266,20 +270,24 @@ void TransactionLog::Append() {
     is_appended_ = true;
 }
 
-// Puts "changed" in the place of the text "present" in one generation of the log. False when it is
-// not there, or cannot be replaced.
-static bool AmendIn(const char* path, const std::string& present, const std::string& changed) {
-    const OpenedFile log = OpenLocked(path);
+// Puts the text in the place of "present" in one generation of the log, where it was appended if it
+// "is_there", else where the last one that is like it is. Whether there was one; it may not have
+// been possible to replace the log.
+bool TransactionLog::AmendIn(const char* path, const std::string& present, bool is_there) {
+    const OpenedFile log = OpenLocked(path, wait_);
     std::string text;
-    if (!log.fd.IsOpen() || TypeOf(log.fd.get()) != S_IFREG || !ReadToEnd(log.fd.get(), text)) {
+    if (!log.fd.IsOpen() || SizeOf(log.fd.get()) > static_cast<off_t>(kLargestInMemory) ||
+        !ReadToEnd(log.fd.get(), text, kLargestInMemory)) {
         return false;
     }
-    const size_t at = text.find(present);
-    if (at == std::string::npos) {
+    const size_t last = is_there ? appended_at_ : std::string::npos;
+    const size_t at = text.rfind(present, last);
+    if (at == std::string::npos || (is_there && at != last)) {
         return false;
     }
-    text.replace(at, present.size(), changed);
-    return ReplaceLog(log, [&text](int to) { return WriteAll(to, text); });
+    text.replace(at, present.size(), text_);
+    static_cast<void>(ReplaceLog(log, [&text](int to) { return WriteAll(to, text); }));
+    return true;
 }
 
 // Puts the ending in the place of the one that the text was appended with, wherever it is by now.
@@ -288,8 +296,11 @@ void TransactionLog::AmendText() {
     try {
         const std::string present = text_;
         text_.replace(place_.at, place_.size, ending_);
-        if (!AmendIn(paths::kLog, present, text_)) {
-            static_cast<void>(AmendIn(paths::kOldLog, present, text_));
+        for (const bool is_there : {true, false}) {
+            if (AmendIn(paths::kLog, present, is_there) ||
+                AmendIn(paths::kOldLog, present, is_there)) {
+                return;
+            }
         }
     } catch (const std::bad_alloc&) {
         return;

@@ -23,6 +23,7 @@
 // that is refused leaves an entry of comment lines.
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <span>
 #include <string>
@@ -40,6 +41,11 @@ class TransactionLog {
         size_t at = 0;
         size_t size = 0;
     };
+
+    // Sets the longest wait for the lock of the log, which a run of its own would hold for a moment
+    // only: "limit", but ten seconds at most, and one second at least. The log is then written
+    // without it, so that nobody who holds it holds up the run.
+    void WaitAtMost(std::chrono::seconds limit);
 
     // Opens the log, rotating or creating it where due. kCannotOpen "Cannot open %s"; kWriteFailed
     // with the system's text when a new log cannot be given its group or mode.
@@ -75,8 +81,9 @@ class TransactionLog {
     void PutMsg(std::string_view message);
 
     // Ends the entry with a code, and the message of a failure, and appends what is to be added to
-    // the log. If it stands there already, the entry's end is replaced. What cannot be written is
-    // lost; the log is then as it was.
+    // the log. If it stands there already, the entry's end is replaced. What cannot be written, or
+    // would have to be put into a log of more than kLargestInMemory, is lost; the log is then as it
+    // was.
     void PutExitCode(const Outcome& outcome);
 
     // Appends what is to be added, if that has not been done. Lost as above.
@@ -90,7 +97,10 @@ class TransactionLog {
     void AddInput(std::string_view input);
     void MakeEnding(const Outcome& outcome);
     void AppendText();
+    bool AmendIn(const char* path, const std::string& present, bool is_there);
     void AmendText();
+
+    static constexpr std::chrono::seconds kLongestWait{10};
 
     OpenedFile file_;           // from the start of the run until the text is appended
     bool is_begun_ = false;     // the log could be opened
@@ -101,6 +111,8 @@ class TransactionLog {
     std::string ending_;  // of the entry that is chosen, as it shall be
     std::string notice_;  // error block of a failed notification
     Ending place_;
+    size_t appended_at_ = 0;  // where the text was appended
+    std::chrono::seconds wait_ = kLongestWait;
 };
 
 // Fills "buffer" of "size" bytes with the local time as "11/16/2026 19:00:05" and returns the

@@ -60,7 +60,7 @@ FileSource::FileSource(std::string path)
     : InputSource(ToUtf16(path).c_str()), path_(std::move(path)) {}
 
 xercesc::BinInputStream* FileSource::makeStream() const {
-    FileDescriptor file = OpenForReading(path_.c_str());
+    FileDescriptor file = OpenForReading(path_);
     return file.IsOpen() ? new FileStream(std::move(file)) : nullptr;
 }
 

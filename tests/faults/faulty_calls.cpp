@@ -225,9 +225,6 @@ int Flock(int fd, int operation) {
     return Make(operation == LOCK_UN ? "Unlock" : "Flock", PathOf(fd),
                 [&] { return flock(fd, operation); });
 }
-int SetFlags(int fd, int flags) {
-    return Make("SetFlags", PathOf(fd), [&] { return fcntl(fd, F_SETFL, flags); });
-}
 int Fchown(int fd, gid_t group) {
     return Make("Fchown", PathOf(fd), [&] { return fchown(fd, static_cast<uid_t>(-1), group); });
 }
