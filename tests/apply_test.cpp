@@ -57,6 +57,10 @@ TEST(ChangeScript, ReadsPlainWordsAlone) {
         {"tqsmgr <<A <<B\nB\ntqsmgr <<\nA\ntqsmgr <<E\n\n$x\nE\ntqsmgr <<E\na\\\nE\n\\\nE\nE",
          "1: a second here-document\n3: a here-document without a delimiter\n4: no tqsmgr command\n"
          "7: \"$\" without a backslash\n12: lines that make the delimiter together\n"},
+        {"tqsmgr {} {a} a,} {a, {a\\,b} \\{a,b} {1.3}\n",
+         "[{}][{a}][a,}][{a,][{a,b}][{a,b}][{1.3}]|\n"},
+        {"tqsmgr {a,b}\ntqsmgr -a{\"b\",'}'}\ntqsmgr {1.\\\n.3}\n",
+         "1: \"{\" outside quotes\n2: \"{\" outside quotes\n3: \"{\" outside quotes\n"},
         {"tqsmgr <<E\n$x", "2: \"$\" without a backslash\n"},
         {"tqsmgr <<E\nx", "1: a here-document without its end\n"},
         {"\ntqsmgr a 'b\n", "2: an open quote\n"},
@@ -73,7 +77,8 @@ TEST(ChangeScript, MeansTheSameToAShell) {
     std::mt19937 random(1);
     const std::string rules =
         "T|tqsmgr~W~W<<E\nL\nE\n|tqsmgr~W~W~#W\n;W|X|XX|XXX|W~X|~;L|M|M\nM|#M\n;M|YY|YY|YYY|\\\\;"
-        "X|a|Y|'Y'|\"Y\"|'|\"|\\\n|#|{|=|}|\\~|\\a|\\\"|$;Y|\\\\|'|\"|\\$|\\`|\\\n|a|\\a|E|*|<|#|~|"
+        "X|a|Y|'Y'|\"Y\"|'|\"|\\\n|#|{|,|..|=|}|\\~|\\a|\\\"|$;Y|\\\\|'|\"|\\$|\\`|\\\n|a|\\a|E|*|<"
+        "|#|~|"
         "\\";
     std::string together, meaning;
     for (int accepted = 0; accepted < 300;) {
@@ -99,6 +104,7 @@ TEST(ChangeScript, MeansTheSameToAShell) {
         "script",
         "tqsmgr() { for w; do printf '[%s]' \"$w\"; done; printf '|'; cat; echo; }\n" + together);
     EXPECT_TRUE(tree.Shell("sh script < /dev/null").out == meaning);
+    EXPECT_TRUE(tree.Shell("bash script < /dev/null").out == meaning);
 }
 
 namespace {

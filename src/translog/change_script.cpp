@@ -38,9 +38,17 @@ bool IsEcho(std::string_view line) {
 // A word as the shell would hand it over.
 struct Word {
     std::string text;
+    std::string plain;       // with kQuoted in place of each quoted part
     bool is_quoted = false;  // some of it
-    size_t bare = 0;         // how many characters stand before the first quote
+    static constexpr char kQuoted = '"';
 };
+
+// Whether some shells make several words of this one, {a,b} or {1..3}.
+bool HasBraces(std::string_view plain) {
+    const size_t open = plain.find('{');
+    const size_t parts = std::min(plain.find(',', open), plain.find("..", open));
+    return open != std::string_view::npos && plain.find('}', parts) != std::string_view::npos;
+}
 
 class Reader {
   public:
@@ -128,7 +136,7 @@ class Reader {
         while (!Rest().empty() && kEnds.find(text_.front()) == std::string_view::npos) {
             const char c = Take();
             const bool is_quote = c == '\'' || c == '"' || c == '\\';
-            word.bare += is_quote || word.is_quoted ? 0 : 1;
+            word.plain += is_quote ? Word::kQuoted : c;
             word.is_quoted = word.is_quoted || is_quote;
             if (c == '\'') {
                 ReadSingleQuoted(word);
@@ -146,6 +154,9 @@ class Reader {
                 }
                 word.text += c;
             }
+        }
+        if (HasBraces(word.plain)) {
+            Refuse("\"{\" outside quotes");
         }
         const bool names_descriptor =
             word.text.ends_with('}') || std::ranges::all_of(word.text, IsDigit);
@@ -207,7 +218,7 @@ class Reader {
         }
         SkipBlanks();
         const Word word = ReadWord();
-        if (word.text.empty() && !word.is_quoted) {
+        if (word.plain.empty()) {
             Refuse("a here-document without a delimiter");
             return;
         }
@@ -261,7 +272,8 @@ class Reader {
     void Keep(const std::string& input) {
         const Word& program = words_.front();
         const size_t equals = program.text.find('=');
-        if (equals < program.bare && IsVariable(program.text.substr(0, equals))) {
+        if (equals < program.plain.find(Word::kQuoted) &&
+            IsVariable(program.text.substr(0, equals))) {
             Refuse("an assignment");
         }
         if (program.text.substr(program.text.rfind('/') + 1) != "tqsmgr") {
