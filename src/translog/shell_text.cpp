@@ -1,6 +1,7 @@
 #include "translog/shell_text.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "base/text.h"
@@ -55,35 +56,79 @@ std::string ShellWord(std::string_view word, bool is_program) {
     return quoted + '"';
 }
 
-// "EOF", or EOF with the first number with which no line of the input begins: a shell in use loses
-// bytes of a line that begins like the end.
-static std::string DelimiterFor(std::string_view input) {
-    static constexpr std::string_view kDelimiter = "EOF";
-    size_t lines = 0;
-    for (std::string_view rest = input; !rest.empty();) {
-        lines += TakeLine(rest).starts_with(kDelimiter) ? 1 : 0;
+using Lines = std::vector<std::string_view>;
+
+static bool IsBeyondAscii(char c) {
+    return (static_cast<unsigned char>(c) & 0x80U) != 0;
+}
+
+// Whether no line begins with "delimiter" or, unless "takes_bytes", with a beginning of it before a
+// byte above 127, which a shell in use would lose.
+static bool Fits(std::string_view delimiter, const Lines& lines, bool takes_bytes) {
+    return std::ranges::none_of(lines, [delimiter, takes_bytes](std::string_view line) {
+        const auto same =
+            static_cast<size_t>(std::ranges::mismatch(delimiter, line).in1 - delimiter.begin());
+        return same == delimiter.size() ||
+               (!takes_bytes && same > 0 && same < line.size() && IsBeyondAscii(line[same]));
+    });
+}
+
+// What is behind "beginning" in the lines that begin with it.
+static Lines Behind(std::string_view beginning, const Lines& lines) {
+    Lines rests;
+    for (const std::string_view line : lines) {
+        if (line.starts_with(beginning)) {
+            rests.push_back(line.substr(beginning.size()));
+        }
     }
-    if (lines == 0) {
-        return std::string(kDelimiter);
-    }
-    // A line begins with as many numbers as it has digits, so one of these is left.
-    static constexpr size_t kMostDigits = 20;
-    std::vector<bool> begins(lines * kMostDigits + 2);
-    while (!input.empty()) {
-        std::string_view line = TakeLine(input);
-        if (!line.starts_with(kDelimiter)) {
+    return rests;
+}
+
+// EOF with the first number that fits, unless an E or EO is in the way; empty when there is none.
+// Each line is followed once, as far as its digits lead.
+static std::string NumberedDelimiter(const Lines& lines, bool takes_bytes) {
+    const auto loses_byte = [takes_bytes](std::string_view rest) {
+        return !takes_bytes && !rest.empty() && IsBeyondAscii(rest[0]);
+    };
+    std::vector<std::pair<std::string, Lines>> begun = {{"EOF", Behind("EOF", lines)}};
+    for (size_t i = 0; i < begun.size(); ++i) {
+        const auto [delimiter, rests] = std::move(begun[i]);
+        if (std::ranges::any_of(rests, loses_byte)) {
             continue;
         }
-        line.remove_prefix(kDelimiter.size());
-        size_t number = 0;
-        for (; !line.empty() && line[0] >= (number == 0 ? '1' : '0') && line[0] <= '9' &&
-               (number = number * 10 + static_cast<size_t>(line[0] - '0')) < begins.size();
-             line.remove_prefix(1)) {
-            begins[number] = true;
+        for (char digit = i == 0 ? '1' : '0'; digit <= '9'; ++digit) {
+            Lines longer = Behind({&digit, 1}, rests);
+            if (longer.empty()) {
+                return delimiter + digit;
+            }
+            begun.emplace_back(delimiter + digit, std::move(longer));
         }
     }
-    const auto free = std::find(begins.begin() + 1, begins.end(), false) - begins.begin();
-    return std::string(kDelimiter) + std::to_string(free);
+    return "";
+}
+
+// The delimiter for "input". Where each would lose a byte, one that does.
+static std::string DelimiterFor(std::string_view input) {
+    std::vector<std::string> delimiters = {"EOF"};
+    for (const char c : std::string_view("123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ")) {
+        delimiters.push_back(c <= '9' ? std::string("EOF") + c : c + std::string("EOF"));
+    }
+    Lines lines;
+    while (!input.empty()) {
+        const std::string_view line = TakeLine(input);
+        if (line[0] >= 'A' && line[0] <= 'Z') {
+            lines.push_back(line);
+        }
+    }
+    delimiters.emplace_back();
+    for (bool takes_bytes = false;; takes_bytes = true) {
+        delimiters.back() = NumberedDelimiter(lines, takes_bytes);
+        for (const std::string& delimiter : delimiters) {
+            if (Fits(delimiter, lines, takes_bytes)) {
+                return delimiter;
+            }
+        }
+    }
 }
 
 void AppendHereDocument(std::string_view input, std::string& text) {
