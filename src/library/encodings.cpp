@@ -64,7 +64,8 @@ class Decoder : public XMLTranscoder {
     Converter converter_;
 };
 
-// The library's own for UTF-8, which takes each byte by itself, after a run of ASCII.
+// The library's own for UTF-8, which takes each byte by itself, after a run of ASCII. What lies
+// beyond the last character, U+10FFFF, it would take for one when it begins with F5, F6 or F7.
 class Utf8Decoder : public XMLUTF8Transcoder {
   public:
     using XMLUTF8Transcoder::XMLUTF8Transcoder;
@@ -75,6 +76,11 @@ class Utf8Decoder : public XMLUTF8Transcoder {
         used = 0;
         const XMLSize_t made = XMLUTF8Transcoder::transcodeFrom(
             bytes + ascii, count - ascii, characters + ascii, most - ascii, used, sizes);
+        const auto is_beyond = [](XMLByte byte) { return byte > 0xF4; };
+        if (std::any_of(bytes + ascii, bytes + ascii + used, is_beyond)) {
+            ThrowXMLwithMemMgr(TranscodingException, XMLExcepts::Trans_BadSrcSeq,
+                               getMemoryManager());
+        }
         used += ascii;
         return ascii + made;
     }
