@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/files.h"
+#include "base/text.h"
 
 static std::string complaints;
 
@@ -12,7 +13,19 @@ void Complain(std::string_view text) {
     complaints += text;
 }
 
-void PrintComplaints() {
+void ComplainOnOneLine(std::string_view message) {
+    complaints += "tqs: " + OneLine(std::string(message)) + '\n';
+}
+
+void PrintComplaints(bool is_foreign) {
+    if (is_foreign) {
+        std::string lines;
+        for (std::string_view rest = complaints; !rest.empty();) {
+            lines += OneLine(std::string(TakeLine(rest)));
+            lines.back() = '\n';
+        }
+        complaints = lines;
+    }
     static_cast<void>(WriteAll(STDERR_FILENO, complaints));
     complaints.clear();
 }

@@ -7,5 +7,9 @@
 // Keeps "text", whole lines.
 void Complain(std::string_view text);
 
-// Prints what was kept, in its order; what cannot be printed is lost.
-void PrintComplaints();
+// Keeps a message that may hold foreign text, as one line of tqs: "tqs: MESSAGE".
+void ComplainOnOneLine(std::string_view message);
+
+// Prints what was kept, in its order; what cannot be printed is lost. With "is_foreign" no control
+// character but the line feed reaches a terminal.
+void PrintComplaints(bool is_foreign = false);

@@ -69,15 +69,28 @@ static void AppendCharacter(char32_t code, std::string& utf8) {
     }
 }
 
-std::string Printable(std::string_view text) {
+bool IsControl(int code) {
+    return code < 0x20 || (code >= 0x7F && code < 0xA0) || (code >= 0x2028 && code <= 0x202E) ||
+           (code >= 0x2066 && code <= 0x2069);
+}
+
+std::string Printable(std::string_view text, size_t most) {
     std::string printable;
     while (!text.empty()) {
+        if (printable.size() >= most) {
+            return printable + "…";
+        }
         const std::string_view before = text;
-        const int code = TakeCharacter(text);
-        const bool is_control = code < 0x20 || (code >= 0x7F && code < 0xA0);
+        const bool is_control = IsControl(TakeCharacter(text));
         printable += is_control ? "?" : before.substr(0, before.size() - text.size());
     }
     return printable;
+}
+
+std::string OneLine(std::string text) {
+    static constexpr size_t kLongest = 2000;
+    std::ranges::replace(text, '\n', ' ');
+    return Printable(text, kLongest);
 }
 
 void AppendUtf8(std::u16string_view text, std::string& utf8) {

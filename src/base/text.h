@@ -25,8 +25,16 @@ inline std::string_view TakeLine(std::string_view& text) {
     return line;
 }
 
-// "text" with a "?" for each control character and each byte that is not UTF-8.
-std::string Printable(std::string_view text);
+// Whether a terminal would obey the character, or a reader take it for the end of a line: control
+// characters, line separators, marks that turn the direction of text, and -1.
+bool IsControl(int code);
+
+// "text" with a "?" for each control character and each byte that is not UTF-8. Of more than "most"
+// bytes the beginning, with "…" behind it.
+std::string Printable(std::string_view text, size_t most = std::string_view::npos);
+
+// A message that may hold foreign text as one line of bounded length: line feeds become blanks.
+std::string OneLine(std::string text);
 
 // Appends the UTF-8 form of "text"; a surrogate without its partner becomes U+FFFD.
 void AppendUtf8(std::u16string_view text, std::string& utf8);

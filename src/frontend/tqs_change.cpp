@@ -70,7 +70,7 @@ std::vector<ScriptFault> FaultsOf(ChangeScript& script, const std::string& map) 
 }
 
 void ComplainOf(const std::string& path, size_t line, const std::string& text) {
-    Complain("tqs: " + path + ":" + std::to_string(line) + ": " + text + "\n");
+    ComplainOnOneLine(path + ":" + std::to_string(line) + ": " + text);
 }
 
 // Prints what a trial has made of the inventory.
@@ -163,7 +163,7 @@ struct Plan {
 // Tells of what stands in the way, at "place".
 void Tell(Plan& plan, const std::string& place, const std::string& text) {
     plan.refused = plan.refused.empty() ? place : plan.refused;
-    Complain("tqs: " + place + ": " + text + "\n");
+    ComplainOnOneLine(place + ": " + text);
 }
 
 // What the map shall be. A failure with a place has been told.

@@ -13,6 +13,7 @@
 #include "base/complaints.h"
 #include "base/files.h"
 #include "base/paths.h"
+#include "base/text.h"
 #include "frontend/source.h"
 #include "report/check.h"
 #include "report/completion.h"
@@ -45,17 +46,15 @@ Result<int> ListItems(const std::string& map, Listing listing) {
     }
     listing.columns = TerminalColumns();
     Output out(STDOUT_FILENO);
-    const Result<std::vector<std::string>> missing = List(source->inventory, listing, out);
-    if (!missing.ok()) {
-        return missing.outcome();
+    const Result<std::vector<std::string>> complaints = List(source->inventory, listing, out);
+    if (!complaints.ok()) {
+        return complaints.outcome();
     }
     if (Outcome outcome = Delivered(out); !outcome.ok()) {
         return outcome;
     }
-    for (const std::string& name : *missing) {
-        Complain("tqs: \"" + name + "\" not found.\n");
-    }
-    return missing->empty() ? 0 : 1;
+    std::ranges::for_each(*complaints, ComplainOnOneLine);
+    return complaints->empty() ? 0 : 1;
 }
 
 namespace {
@@ -141,7 +140,7 @@ void PutFindings(const Source& source, const std::vector<Finding>& findings, Out
     for (const Finding& finding : findings) {
         out.Put(source.Name() + ":" + place_of(finding.element));
         out.Put(finding.is_error ? ": error: " : ": warning: ");
-        out.Put(finding.text);
+        out.Put(OneLine(finding.text));
         out.Put(finding.earlier == 0 || !has_lines ? "\n"
                                                    : " (line " + place_of(finding.earlier) + ")\n");
     }
@@ -173,7 +172,7 @@ Result<int> CheckMap(const std::string& map) {
 // Prints the commands, or says why there are none. "status" is that of a script with commands.
 static Result<int> Deliver(const Script& script, int status) {
     for (const Obstacle& obstacle : script.obstacles) {
-        Complain("tqs: " + obstacle.subject + ": " + obstacle.text + "\n");
+        ComplainOnOneLine(obstacle.subject + ": " + obstacle.text);
     }
     if (!script.obstacles.empty()) {
         return Outcome(ExitCode::kIncompleteMap, "");

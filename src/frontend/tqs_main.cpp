@@ -265,11 +265,11 @@ Outcome Complaint(const CLI::App& app, const CLI::ParseError& error) {
 void PrintError(const Outcome& outcome) {
     if (outcome.cause()) {
         const std::string& place = outcome.cause()->place;
-        Complain("tqs: " + place + (place.empty() ? "" : ": ") + outcome.cause()->text + "\n");
+        ComplainOnOneLine(place + (place.empty() ? "" : ": ") + outcome.cause()->text);
     } else if (!outcome.message().empty()) {
-        Complain("tqs: " + outcome.message() + "\n");
+        ComplainOnOneLine(outcome.message());
     }
-    PrintComplaints();
+    PrintComplaints(true);
 }
 
 Result<int> Print(const std::string& text) {

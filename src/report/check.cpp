@@ -34,9 +34,11 @@ struct Subject {
     [[nodiscard]] std::string Name() const {
         const char* const kind = owner == Owner::kPlatform ? "platform " : "console ";
         const RVT_Node* id = FindAttribute(element, kIDId);
-        return kind + std::string(values.Has(Property::kName) ? values[Property::kName]
-                                  : id != nullptr             ? id->GetValue()
-                                                              : "without a name");
+        static constexpr size_t kLongest = 200;
+        return kind + Printable(values.Has(Property::kName) ? values[Property::kName]
+                                : id != nullptr             ? id->GetValue()
+                                                            : "without a name",
+                                kLongest);
     }
 };
 

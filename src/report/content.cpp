@@ -299,7 +299,7 @@ static std::string EscapeOf(int code) {
     if (at != std::string_view::npos) {
         return std::string("\\") + "\"\\tnr"[at];
     }
-    if (code >= 0x20 && (code < 0x7F || code >= 0xA0) && code != 0x2028 && code != 0x2029) {
+    if (!IsControl(code)) {
         return "";
     }
     std::array<char, sizeof "\\u0000"> number{};
@@ -316,6 +316,18 @@ std::string Quoted(std::string_view text) {
         quoted += escape.empty() ? before.substr(0, before.size() - text.size()) : escape;
     }
     return quoted + '"';
+}
+
+std::string WithEscapes(std::string_view json) {
+    std::string escaped;
+    while (!json.empty()) {
+        const std::string_view before = json;
+        const int code = TakeCharacter(json);
+        escaped += code >= 0x7F && IsControl(code)
+                       ? EscapeOf(code)
+                       : std::string(before.substr(0, before.size() - json.size()));
+    }
+    return escaped;
 }
 
 std::string Shortened(std::string_view text) {

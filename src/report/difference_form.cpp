@@ -73,7 +73,7 @@ static std::string JsonOf(const Difference& difference) {
         json["values"].push_back(
             {{"key", change.key}, {"old", value(change.before)}, {"new", value(change.now)}});
     }
-    return json.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+    return WithEscapes(json.dump(-1, ' ', false, ordered_json::error_handler_t::replace));
 }
 
 void PrintDifferences(const std::vector<Difference>& differences, Form form, Output& out) {

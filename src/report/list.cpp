@@ -9,6 +9,7 @@
 
 #include "model/lookups.h"
 #include "model/vocabulary.h"
+#include "report/content.h"
 #include "report/table.h"
 
 // How many letters must be changed, added or left out to make one word of the other.
@@ -30,9 +31,12 @@ static size_t Distance(std::string_view one, std::string_view other) {
 
 Outcome UnknownWord(const char* what, const std::string& word,
                     const std::vector<std::string>& known) {
-    const auto nearest = std::ranges::min_element(
-        known, {}, [&word](const std::string& one) { return Distance(word, one); });
-    const bool is_near = nearest != known.end() && Distance(word, *nearest) <= 1 + word.size() / 3;
+    static constexpr size_t kLongest = 64;
+    const auto nearest = std::ranges::min_element(known, {}, [&word](const std::string& one) {
+        return Distance(word.substr(0, kLongest), one);
+    });
+    const bool is_near = nearest != known.end() && word.size() <= kLongest &&
+                         Distance(word, *nearest) <= 1 + word.size() / 3;
     return Failure(ExitCode::kInvalidArgument, "Unknown %s \"%s\".%s%s%s", what, word.c_str(),
                    is_near ? " Did you mean \"" : "", is_near ? nearest->c_str() : "",
                    is_near ? "\"?" : "");
@@ -102,7 +106,7 @@ static void PutCsvLines(const std::vector<Item>& items, std::span<const Key> fie
 
 static void PutJson(std::string_view value, bool is_switch, Output& out) {
     const bool is_boolean = is_switch && (value == switch_on || value == switch_off);
-    out.Put(is_boolean ? value : nlohmann::json(value).dump());
+    out.Put(is_boolean ? value : WithEscapes(nlohmann::json(value).dump()));
 }
 
 // {"version": "3.0", "serial": "12", "security": false, "items": [ and an item a line.
@@ -136,10 +140,15 @@ static void PutJsonDocument(const RVT_Node& map, const std::vector<Item>& items,
     out.Put(items.empty() ? "]}\n" : "\n]}\n");
 }
 
-static void PutNames(const std::vector<Item>& items, Output& out) {
+// Leaves out a name that would be two lines.
+static void PutNames(const std::vector<Item>& items, Output& out,
+                     std::vector<std::string>& complaints) {
     for (const Item& item : items) {
-        if (item.values.Has(Property::kName)) {
-            out.Put(item.values[Property::kName]);
+        const std::string_view name = item.values[Property::kName];
+        if (name.find_first_of("\n\r") != std::string_view::npos) {
+            complaints.push_back(Shortened(name) + " is left out, since it is no single line.");
+        } else if (item.values.Has(Property::kName)) {
+            out.Put(name);
             out.Put("\n");
         }
     }
@@ -184,7 +193,7 @@ static void PutTable(const std::vector<Item>& items, const Listing& listing, Out
 }
 
 static void PutItems(const RVT_Node& map, const std::vector<Item>& items, const Listing& listing,
-                     Output& out) {
+                     Output& out, std::vector<std::string>& complaints) {
     const std::vector<Key> fields = listing.fields.empty() ? Keys() : listing.fields;
     switch (listing.format) {
         case Listing::Format::kTable:
@@ -194,7 +203,7 @@ static void PutItems(const RVT_Node& map, const std::vector<Item>& items, const 
         case Listing::Format::kJson:
             return PutJsonDocument(map, items, fields, out);
         case Listing::Format::kNames:
-            return PutNames(items, out);
+            return PutNames(items, out, complaints);
     }
 }
 
@@ -216,9 +225,12 @@ Result<std::vector<std::string>> List(const Inventory& inventory, const Listing&
         std::ranges::stable_sort(
             items, {}, [&listing](const Item& item) { return TextOf(item, *listing.sort); });
     }
-    PutItems(**map, items, listing, out);
-    std::vector<std::string> not_found;
-    std::ranges::copy_if(listing.names, std::back_inserter(not_found),
-                         [&missing](const std::string& name) { return missing.erase(name) > 0; });
-    return not_found;
+    std::vector<std::string> complaints;
+    PutItems(**map, items, listing, out, complaints);
+    for (const std::string& name : listing.names) {
+        if (missing.erase(name) > 0) {
+            complaints.push_back('"' + name + "\" not found.");
+        }
+    }
+    return complaints;
 }

@@ -32,7 +32,8 @@ struct Listing {
 // The filter "KEY=GLOB" or "KEY!=GLOB". kInvalidArgument when it is none, or the key is unknown.
 Result<Filter> ParseFilter(const std::string& text);
 
-// Puts the items. Returns those of the names that nothing has. kIncompleteMap without a root.
+// Puts the items. Returns what must be said of names: of those that nothing has, and of those that
+// the format cannot hold. kIncompleteMap without a root.
 Result<std::vector<std::string>> List(const Inventory& inventory, const Listing& listing,
                                       Output& out);
 

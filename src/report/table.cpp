@@ -7,6 +7,8 @@
 #include "base/text.h"
 
 static constexpr size_t kGap = 2;
+// Places that a column has at most, whatever it holds.
+static constexpr size_t kWidest = 400;
 
 // How many places of a line a character takes: none for one that joins the one before it, two for
 // those of East Asia and for pictures.
@@ -60,7 +62,8 @@ void Table::AddColumn(std::string_view title) {
 }
 
 void Table::AddCell(std::string_view text) {
-    std::string shown = Printable(text);
+    // A character takes up to four bytes.
+    std::string shown = Printable(text.substr(0, 4 * kWidest + 1));
     size_t width = shown.size();
     static_cast<void>(Front(shown, width));
     cells_.push_back(std::move(shown));
@@ -71,7 +74,7 @@ std::vector<size_t> Table::Widths(size_t columns) const {
     std::vector<size_t> widths(column_count_, 0);
     for (size_t i = 0; i < cells_.size(); ++i) {
         size_t& width = widths[i % column_count_];
-        width = std::max(width, widths_[i]);
+        width = std::min(std::max(width, widths_[i]), kWidest);
     }
     size_t total = kGap * (column_count_ - 1);
     for (const size_t width : widths) {
