@@ -27,8 +27,8 @@ const char* const kNotifyKfxd = TQS_ROOT "etc/init.d/kfxd update" TQS_SILENT;
 const char* const kNotifyLrp = TQS_DIR "/bin/notifylrp" TQS_SILENT;
 
 std::span<const char* const> ProductFiles() {
-    static constexpr std::array kFiles = {kSystemMap, kLockFile, kKfxConf, kModels,
-                                          kOsTypes,   kLog,      kOldLog};
+    static const std::array kFiles = {kSystemMap, kLockFile, kKfxConf, kModels,
+                                      kOsTypes,   kLog,      kOldLog};
     return kFiles;
 }
 
