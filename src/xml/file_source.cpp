@@ -56,11 +56,13 @@ class TextStream : public xercesc::BinInputStream {
 
 }  // namespace
 
-FileSource::FileSource(std::string path)
-    : InputSource(ToUtf16(path).c_str()), path_(std::move(path)) {}
+FileSource::FileSource(std::string path) : FileSource(std::move(path), {}) {}
+
+FileSource::FileSource(std::string path, FileDescriptor file)
+    : InputSource(ToUtf16(path).c_str()), path_(std::move(path)), file_(std::move(file)) {}
 
 xercesc::BinInputStream* FileSource::makeStream() const {
-    FileDescriptor file = OpenForReading(path_);
+    FileDescriptor file = file_.IsOpen() ? std::move(file_) : OpenForReading(path_);
     return file.IsOpen() ? new FileStream(std::move(file)) : nullptr;
 }
 

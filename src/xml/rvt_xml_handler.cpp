@@ -1,10 +1,13 @@
 #include "xml/rvt_xml_handler.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <set>
+#include <utility>
 #include <vector>
 #include <xercesc/sax/Locator.hpp>
 #include <xercesc/sax/SAXParseException.hpp>
@@ -353,7 +356,8 @@ static std::string Decoded(std::string_view path) {
 static std::string LocalPath(const std::string& reference, const std::string& base) {
     for (const std::string_view form : {"file:///", "file://localhost/", "file:/"}) {
         const size_t slash = form.size() - 1;
-        if (reference.compare(0, form.size(), form) == 0 && reference[slash + 1] != '/') {
+        if (EqualsIgnoringCase(reference.substr(0, form.size()), form) &&
+            reference[slash + 1] != '/') {
             return Decoded(std::string_view(reference).substr(slash));
         }
     }
@@ -367,11 +371,26 @@ static std::string LocalPath(const std::string& reference, const std::string& ba
     return base.substr(0, folder + 1) + reference;
 }
 
+// Whether what the file says may come into the map at "path": it is a regular file that everybody
+// may read, or the group of the map's file. One that only the runner may read stays his.
+static bool MayBeQuoted(int fd, const std::string& path) {
+    struct stat status {};
+    struct stat map {};
+    if (calls::Fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return false;
+    }
+    const OpenedFile of_map = OpenProductFile(path, O_PATH);
+    const bool is_for_group = (status.st_mode & S_IRGRP) != 0 && of_map.fd.IsOpen() &&
+                              calls::Fstat(of_map.fd.get(), &map) == 0 &&
+                              map.st_gid == status.st_gid;
+    return (status.st_mode & S_IROTH) != 0 || is_for_group;
+}
+
 xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentifier* identifier) {
-    const std::string reference = ToUtf8(identifier->getSystemId());
-    if (reference.empty()) {
+    if (identifier->getSystemId() == nullptr) {
         return nullptr;
     }
+    const std::string reference = ToUtf8(identifier->getSystemId());
     // The one such entity of the document is the rest of its document type. A schema may have a
     // document type of its own, of whose entities the handlers are not told.
     using Identifier = xercesc::XMLResourceIdentifier;
@@ -383,13 +402,18 @@ xercesc::InputSource* MyEntityHandler::resolveEntity(xercesc::XMLResourceIdentif
     const bool in_document =
         base_id == nullptr || *base_id == 0 || base_id == ToUtf16(reading_.path);
     const std::string path = LocalPath(reference, in_document ? reading_.path : ToUtf8(base_id));
-    struct stat status {};
-    if (reading_.rules == DocumentRules::kForeign || path.empty() ||
-        calls::Stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (reading_.rules == DocumentRules::kForeign || reference.empty() || path.empty()) {
+        RefuseReference(reading_, identifier->getSystemId());
+    }
+    OpenedFile file = OpenProductFile(path, O_RDONLY | O_NONBLOCK);
+    if (!file.fd.IsOpen() && errno == ENOENT) {
+        Refuse(reading_, "'" + reference + "' is missing");
+    }
+    if (!MayBeQuoted(file.fd.get(), reading_.path)) {
         RefuseReference(reading_, identifier->getSystemId());
     }
     if (identifier->getResourceIdentifierType() != Identifier::ExternalEntity) {
         MakeSchemaTables();
     }
-    return new FileSource(path);
+    return new FileSource(path, std::move(file.fd));
 }

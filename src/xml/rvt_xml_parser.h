@@ -15,7 +15,8 @@
 
 // What a document may refer to, and what it may hold.
 enum class DocumentRules {
-    // The map: may name a DTD or schema that is a regular local file, by its path or a file: URL;
+    // The map: may name a DTD or schema that is a regular local file, by its path or a file: URL,
+    // which everybody may read or the group of the map's file, since it comes into the map;
     // no entity, not even in those, may be a file. An element with two attributes of equal local
     // names is refused, since the map could not be written back.
     kMap,
