@@ -207,7 +207,7 @@ TEST(Apply, RefusesTheWholeOrPassesOver) {
         {"", "tqsmgr -remove cache -platform no", 1, "1: refused with code 1\n",
          "# Line 1 refused, nothing changed.\n\n# EXIT CODE: 1\n# ERROR MESSAGE:\n#   \n\n"},
         {"", kLab + "\ntqsmgr -update cache -platform lab <<E\n<a\nE\n", 20,
-         "3: Error at file standard input, line 2, char 1.\n   unexpected end of input\n",
+         "3: Error at file standard input, line 2, char 1.    unexpected end of input\n",
          "# Line 3 refused, nothing changed.\n\n# EXIT CODE: 20\n# ERROR MESSAGE:\n#   Error at "
          "file "
          "standard input, line 2, char 1.\n#      unexpected end of input\n\n"},
