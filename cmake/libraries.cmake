@@ -28,7 +28,7 @@ file(STRINGS ${XERCES_INCLUDE}/xercesc/util/XercesVersion.hpp version
   REGEX "^#define XERCES_VERSION_(MAJOR|MINOR|REVISION) +[0-9]+")
 list(TRANSFORM version REPLACE ".* " "")
 list(JOIN version . version)
-set(TQS_KEPT_OUT src/library/no_network.cpp)
+set(TQS_KEPT_OUT src/library/no_network.cpp src/library/attribute_table.cpp)
 if(NOT TQS_STOCK_LIBRARY)
   list(APPEND TQS_KEPT_OUT src/library/encodings.cpp)
 endif()

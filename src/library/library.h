@@ -1,10 +1,11 @@
 // The XML library, Xerces-C, and what is kept out of it.
 //
-// Three files here define a part of the library anew, ahead of its archive, so that the archive's
+// Four files here define a part of the library anew, ahead of its archive, so that the archive's
 // own part is never linked:
 //
 // - no_network.cpp: the accessor for URLs. Nothing that a document says makes the program open a
 //   connection, and no network client is linked with it.
+// - attribute_table.cpp: how attributes of one element are compared, when they are many.
 // - encodings.cpp: the service for encodings that the library does not read by itself, over iconv,
 //   by way of converter.h. The archive's own has tables of 30 megabytes. The writer converts with
 //   the same tables, and what it has written is read with them before it counts. UTF-8 is read as

@@ -29,18 +29,30 @@ void Reading::Append(RVT_Node* node) {
     }
 }
 
+static bool IsXmlns(const XMLCh* name) {
+    return *name == u'x' && std::u16string_view(name) == u"xmlns";
+}
+
+static bool IsDeclaration(const xercesc::XMLAttr& attribute) {
+    const bool has_prefix = *attribute.getPrefix() != 0;
+    return IsXmlns(has_prefix ? attribute.getPrefix() : attribute.getName());
+}
+
 // Names that would make the written document another one: the map has local names alone, so two
 // attributes of one element may differ in their prefix only before they are read, and "xmlns" would
-// become a declaration. Where no attribute has a prefix, neither gets past the parser.
-void MyContentHandler::CheckNames(const XMLCh* element) const {
-    std::set<std::u16string_view> names;
-    for (const xercesc::XMLAttr* attribute : attributes_) {
-        const std::u16string_view name = attribute->getName();
-        if (name == u"xmlns") {
+// become a declaration. Where no attribute has a prefix and they are few, the parser sees to both.
+void MyContentHandler::CheckNames(const XMLCh* element, const Attributes& attributes,
+                                  size_t count) const {
+    std::set<std::pair<unsigned int, std::u16string_view>> names;
+    for (size_t i = 0; i < count; ++i) {
+        const xercesc::XMLAttr& attribute = *attributes.elementAt(i);
+        const bool is_declaration = IsDeclaration(attribute);
+        if (!is_declaration && std::u16string_view(attribute.getName()) == u"xmlns") {
             Refuse(reading_, "attribute with the local name 'xmlns' is not allowed");
         }
-        if (!names.insert(name).second && reading_.rules == DocumentRules::kMap) {
-            Refuse(reading_, "attribute '" + ToUtf8(attribute->getName()) +
+        const bool has_namespace = is_declaration || reading_.rules == DocumentRules::kForeign;
+        if (!names.emplace(has_namespace ? attribute.getURIId() : 0, attribute.getName()).second) {
+            Refuse(reading_, "attribute '" + ToUtf8(attribute.getName()) +
                                  "' is already specified for element '" + ToUtf8(element) + "'");
         }
     }
@@ -48,11 +60,11 @@ void MyContentHandler::CheckNames(const XMLCh* element) const {
 
 // Entities and defaults may make a foreign document somewhat larger than it is, not hundreds of
 // times.
-void MyContentHandler::CheckGrowth(const char* value) {
+void MyContentHandler::CheckGrowth(const RVT_Node& attribute) {
     static constexpr size_t kGrowth = size_t{64} << 20;
     if (reading_.rules == DocumentRules::kForeign) {
-        value_bytes_ += strlen(value);
-        if (value_bytes_ > reading_.size + kGrowth) {
+        attribute_bytes_ += attribute.GetName().size() + strlen(attribute.GetValue());
+        if (attribute_bytes_ > reading_.size + kGrowth) {
             Refuse(reading_, "the attribute values grow too large");
         }
     }
@@ -65,7 +77,7 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* name) {
     for (const xercesc::XMLAttr* attribute : attributes_) {
         node->SetName(ParsedName(attribute->getName()));
         node->SetKeptValue(ParsedValue(attribute->getValue()));
-        CheckGrowth(node->GetValue());
+        CheckGrowth(*node);
         ++node;
     }
     return element;
@@ -78,26 +90,19 @@ RVT_Node* MyContentHandler::NewElement(const XMLCh* name) {
     throw ReadingFailed();
 }
 
-static bool IsXmlns(const XMLCh* name) {
-    return *name == u'x' && std::u16string_view(name) == u"xmlns";
-}
-
-void MyContentHandler::StartElement(const XMLCh* name,
-                                    const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
-                                    size_t count) {
+void MyContentHandler::StartElement(const XMLCh* name, const Attributes& attributes, size_t count) {
     NoteStart();
     attributes_.clear();
     bool has_prefix = false;
     for (size_t i = 0; i < count; ++i) {
         const xercesc::XMLAttr* attribute = attributes.elementAt(i);
-        const bool is_prefixed = *attribute->getPrefix() != 0;
-        if (!IsXmlns(is_prefixed ? attribute->getPrefix() : attribute->getName())) {
+        if (!IsDeclaration(*attribute)) {
             attributes_.push_back(attribute);
-            has_prefix = has_prefix || is_prefixed;
+            has_prefix = has_prefix || *attribute->getPrefix() != 0;
         }
     }
-    if (has_prefix) {
-        CheckNames(name);
+    if (has_prefix || count > kFewAttributes) {
+        CheckNames(name, attributes, count);
     }
     // What is not kept is checked all the same, and counted while it is open.
     RVT_Node* element = reading_.Keeps() ? NewElement(name) : nullptr;
@@ -260,12 +265,14 @@ static void CheckNumber(Reading& reading, const std::string& what, size_t number
     }
 }
 
-void MyEntityHandler::attributeDecl(const XMLCh*, const XMLCh* attribute, const XMLCh* type,
+void MyEntityHandler::attributeDecl(const XMLCh* element, const XMLCh* attribute, const XMLCh* type,
                                     const XMLCh*, const XMLCh* value) {
     const std::u16string_view text(type);
     const auto bars = static_cast<size_t>(std::count(text.begin(), text.end(), u'|'));
     CheckNumber(reading_, "the enumeration of attribute '" + ToUtf8(attribute) + "'", bars + 1,
                 "tokens");
+    CheckNumber(reading_, "element '" + ToUtf8(element) + "'", ++attributes_[element],
+                "attributes");
     if (value != nullptr) {
         CheckLength(reading_, "the default of attribute '" + ToUtf8(attribute) + "'", value);
     }

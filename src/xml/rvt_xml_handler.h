@@ -2,6 +2,7 @@
 // reading.
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 #include <xercesc/framework/XMLAttr.hpp>
@@ -65,10 +66,11 @@ class MyContentHandler : public xercesc::DefaultHandler {
     void setDocumentLocator(const xercesc::Locator* locator) override {
         reading_.locator = locator;
     }
+    using Attributes = xercesc::RefVectorOf<xercesc::XMLAttr>;
+
     // An element of the local name "name" with the first "count" of "attributes", declarations of
     // namespaces among them; its end; and text in it.
-    void StartElement(const XMLCh* name, const xercesc::RefVectorOf<xercesc::XMLAttr>& attributes,
-                      size_t count);
+    void StartElement(const XMLCh* name, const Attributes& attributes, size_t count);
     void EndElement();
     void Text();
 
@@ -84,14 +86,18 @@ class MyContentHandler : public xercesc::DefaultHandler {
                             const XMLCh* notation) override;
 
   private:
+    // Up to so many attributes, and some more, the library finds two of one name by itself; the
+    // table that it has for more is left empty in attribute_table.cpp.
+    static constexpr size_t kFewAttributes = 16;
+
     void NoteStart();
-    void CheckNames(const XMLCh* element) const;
+    void CheckNames(const XMLCh* element, const Attributes& attributes, size_t count) const;
     RVT_Node* NewElement(const XMLCh* name);
-    void CheckGrowth(const char* value);
+    void CheckGrowth(const RVT_Node& attribute);
 
     Reading& reading_;
     std::vector<const xercesc::XMLAttr*> attributes_;  // of the present element
-    size_t value_bytes_ = 0;
+    size_t attribute_bytes_ = 0;  // names and values of all attributes up to here
 };
 
 // Comments, and where the document type is.
@@ -146,8 +152,9 @@ class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityRe
     // the limit on the number of expansions this bounds what a document can grow to.
     static constexpr size_t kLongestEntity = 1024;
 
-    // Tokens of an enumeration, and names of a content model, in a foreign document: what the
-    // library does with them takes the square of their number.
+    // Tokens of an enumeration, names of a content model, and attributes declared for an element in
+    // a foreign document: what the library does with them takes the square of their number, or is
+    // done again for each element.
     static constexpr size_t kMostNames = 1024;
 
     explicit MyEntityHandler(Reading& reading) : reading_(reading) {}
@@ -162,4 +169,5 @@ class MyEntityHandler : public xercesc::DeclHandler, public xercesc::XMLEntityRe
 
   private:
     Reading& reading_;
+    std::map<std::u16string, size_t> attributes_;  // declared for each element
 };
