@@ -21,8 +21,8 @@ void PrintComplaints(bool is_foreign) {
     if (is_foreign) {
         std::string lines;
         for (std::string_view rest = complaints; !rest.empty();) {
-            lines += OneLine(std::string(TakeLine(rest)));
-            lines.back() = '\n';
+            const std::string_view line = TakeLine(rest);
+            lines += OneLine(std::string(line.substr(0, line.size() - 1))) + '\n';
         }
         complaints = lines;
     }

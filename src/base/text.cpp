@@ -75,10 +75,13 @@ bool IsControl(int code) {
 }
 
 std::string Printable(std::string_view text, size_t most) {
+    static constexpr std::string_view kEllipsis = "…";
+    static constexpr size_t kLastCharacter = 4;
     std::string printable;
+    const bool is_cut = text.size() > most;
     while (!text.empty()) {
-        if (printable.size() >= most) {
-            return printable + "…";
+        if (is_cut && printable.size() + kLastCharacter + kEllipsis.size() > most) {
+            return printable.append(kEllipsis);
         }
         const std::string_view before = text;
         const bool is_control = IsControl(TakeCharacter(text));

@@ -30,7 +30,7 @@ inline std::string_view TakeLine(std::string_view& text) {
 bool IsControl(int code);
 
 // "text" with a "?" for each control character and each byte that is not UTF-8. Of more than "most"
-// bytes the beginning, with "…" behind it.
+// bytes, at least ten, the beginning and "…", which are not longer.
 std::string Printable(std::string_view text, size_t most = std::string_view::npos);
 
 // A message that may hold foreign text as one line of bounded length: line feeds become blanks.
