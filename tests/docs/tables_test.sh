@@ -52,6 +52,14 @@ grep -rhoE '"[A-Z][a-z]+ [^"]*"' src --include=*.cpp --exclude=usage.cpp --exclu
 while read -r message; do
     grep -qF -- "$message" "$work/pages" || { echo "no manual page tells of: $message"; failures=1; }
 done < "$work/messages"
+# Each test that the promises name exists.
+tr '`' '\n' < docs/promises.md | grep -xE 'cases/[a-z]+|[A-Z][A-Za-z]+\.[A-Za-z]+' | grep -vxF Suite.Name |
+    sort -u > "$work/tests"
+[ "$(grep -c . "$work/tests")" -ge 15 ] || failures=1
+while read -r test; do
+    [ -f "tests/$test" ] || grep -qrE "TEST(_P)?\(${test%.*}, ${test#*.}\)" tests ||
+        { echo "no such test: $test"; failures=1; }
+done < "$work/tests"
 # For each failure that the promises name there is a way to recover.
 failures_in() { sed -n '/^|---/,$s/^| \([^|]*\) |.*/\1/p' "$1"; }
 failures_in docs/promises.md > "$work/promised"
