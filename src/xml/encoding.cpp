@@ -1,5 +1,9 @@
 #include "xml/encoding.h"
 
+#include <algorithm>
+#include <array>
+#include <utility>
+
 #include "base/text.h"
 #include "library/converter.h"
 
@@ -8,6 +12,26 @@ bool IsUtf8(std::string_view name) {
 }
 
 namespace {
+
+// The system's name for an encoding. The library reads some by itself, under names of its own.
+std::string SystemName(const std::string& name) {
+    static constexpr auto kNames =
+        std::to_array<std::pair<const char*, const char*>>({{"US_ASCII", "ASCII"},
+                                                            {"USASCII", "ASCII"},
+                                                            {"LATIN-1", "LATIN1"},
+                                                            {"LATIN_1", "LATIN1"},
+                                                            {"IBM-819", "LATIN1"},
+                                                            {"IBM01140", "IBM1140"},
+                                                            {"CP01140", "IBM1140"},
+                                                            {"ISO-10646-UCS-2", "UCS-2"},
+                                                            {"IBM1200", "UTF-16"},
+                                                            {"IBM-1200", "UTF-16"},
+                                                            {"ISO-10646-UCS-4", "UCS-4"},
+                                                            {"UCS_4", "UCS-4"}});
+    const auto* const found = std::ranges::find_if(
+        kNames, [&name](const auto& one) { return EqualsIgnoringCase(name, one.first); });
+    return found == kNames.end() ? name : found->second;
+}
 
 // Where in a document a byte stands, for text in the writer's form: tags and comments, and within
 // tags attribute values in double quotes.
@@ -111,9 +135,20 @@ std::string WithReferences(std::string_view document) {
 }  // namespace
 
 bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted) {
-    if (Convert(document, name, converted)) {
+    const std::string encoding = SystemName(name);
+    if (Convert(document, encoding, converted)) {
         return true;
     }
     converted.clear();
-    return Convert(WithReferences(document), name, converted);
+    return Convert(WithReferences(document), encoding, converted);
+}
+
+bool CanWriteIn(const std::string& name) {
+    // What the library knows a declaration by: "<" in ASCII, in EBCDIC, in two or four bytes, or a
+    // byte order mark before it.
+    static constexpr std::string_view kFirstBytes("<\x4C\0\xFE\xFF", 5);
+    std::string converted;
+    return IsUtf8(name) ||
+           (ConvertDocument("<?xml version=\"1.0\"?>\n<SystemMap/>\n", name, converted) &&
+            kFirstBytes.find(converted.front()) != std::string_view::npos);
 }

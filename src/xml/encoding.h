@@ -12,3 +12,7 @@ bool IsUtf8(std::string_view name);
 // attribute value (&#8364;). False where none can stand (a comment, a name), and for an encoding
 // that the system does not know.
 bool ConvertDocument(std::string_view document, const std::string& name, std::string& converted);
+
+// Whether any document can be written in the encoding "name", by the name that the library or the
+// system has for it.
+bool CanWriteIn(const std::string& name);

@@ -18,6 +18,7 @@
 #include "base/complaints.h"
 #include "base/text.h"
 #include "library/library.h"
+#include "xml/encoding.h"
 #include "xml/file_source.h"
 #include "xml/parsed_text.h"
 
@@ -223,6 +224,10 @@ void MyXMLDocumentHandler::XMLDecl(const XMLCh* version, const XMLCh* encoding,
     if (version != nullptr &&
         std::u16string_view(version).find_first_not_of(u"0123456789.") != std::u16string::npos) {
         Refuse(reading_, "unsupported XML version '" + ToUtf8(version) + "'");
+    }
+    if (encoding != nullptr && reading_.rules == DocumentRules::kMap &&
+        !CanWriteIn(ToUtf8(encoding))) {
+        Refuse(reading_, "no map can be written in the encoding '" + ToUtf8(encoding) + "'");
     }
     RVT_Node* declaration = RVT_Node::Create(RVT_XML_DECL);
     const auto add = [declaration](std::string_view name, const XMLCh* text) {
