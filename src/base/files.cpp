@@ -184,7 +184,7 @@ struct Opening {
     const std::string& path;
     int flags;
     std::optional<mode_t> mode = std::nullopt;  // to create it with where it is missing
-    const std::string& map = paths::kSystemMap;
+    const char* map = paths::kSystemMap;
 };
 
 static bool IsProducts(const std::string& path) {
@@ -195,8 +195,8 @@ static bool IsProducts(const std::string& path) {
 // written or created, another file of the product as well. Errno then says so.
 static void CheckProductFile(const Opening& opening, FileDescriptor& file) {
     const mode_t type = TypeOf(file.get());
-    const auto is_other = [&](const std::string& other) {
-        return other != opening.path && IsSameFile(file.get(), other.c_str());
+    const auto is_other = [&](const char* other) {
+        return opening.path != other && IsSameFile(file.get(), other);
     };
     int cause = type == S_IFREG ? 0 : type == S_IFDIR ? EISDIR : EINVAL;
     if (opening.mode &&
@@ -257,7 +257,7 @@ OpenedFile OpenProductFile(const std::string& path, int flags) {
 }
 
 OpenedFile OpenOrCreate(const std::string& path, int flags, mode_t mode, const std::string& map) {
-    return OpenTrusted({path, flags, mode, map});
+    return OpenTrusted({path, flags, mode, map.c_str()});
 }
 
 bool Exists(const std::string& path) {

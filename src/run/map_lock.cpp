@@ -10,11 +10,9 @@
 #include "base/calls.h"
 #include "base/paths.h"
 #include "base/process.h"
-#include "run/lock_holder.h"
 
 // Takes the lock on the file that bears the lock file's name once the lock is held: a file that
-// was replaced while the run waited protects nothing. The holder's command line may have secrets,
-// so the log does not get it.
+// was replaced while the run waited protects nothing.
 Outcome MapLock::Take(const std::string& map, const Deadline& deadline) {
     do {
         OpenedFile opened = OpenOrCreate(paths::kLockFile, O_WRONLY, 0660, map);
@@ -34,7 +32,7 @@ Outcome MapLock::Take(const std::string& map, const Deadline& deadline) {
             return {};
         }
     } while (!IsOver(deadline));
-    return Outcome(ExitCode::kLockFailed, "locked").WithCause({"", DescribeHolder()});
+    return {ExitCode::kLockFailed, kIsHeld};
 }
 
 Outcome MapLock::Lock(const std::string& map, std::optional<std::chrono::seconds> wait) {

@@ -11,12 +11,13 @@
 
 class MapLock {
   public:
+    static constexpr const char* kIsHeld = "locked";
+
     // Waits for the lock, at most "wait" where that is given, and takes it. "map" is the path of
     // the map, which the lock file must not be under a second name. Creates the lock file where it
     // is missing and never deletes it. kLockFailed "Cannot open lock file \"%s\"." or "Cannot write
-    // pid to lock file \"%s\"." or the system's text or, when the time is over, "locked", with
-    // DescribeHolder as the cause; kWriteFailed with the system's text when a new lock file cannot
-    // be given its group or mode.
+    // pid to lock file \"%s\"." or the system's text or, when the time is over, kIsHeld;
+    // kWriteFailed with the system's text when a new lock file cannot be given its group or mode.
     Outcome Lock(const std::string& map, std::optional<std::chrono::seconds> wait = {});
 
     // To be called just before the run first changes the map, kfx.conf or a -config file, and

@@ -7,6 +7,7 @@
 #include "base/process.h"
 #include "base/text.h"
 #include "commands/parse_command.h"
+#include "run/lock_holder.h"
 #include "run/run.h"
 
 Outcome Run::BeginScript(std::string_view title, const ScriptOptions& options) {
@@ -31,7 +32,9 @@ Outcome Run::Check(std::span<const ScriptCommand> commands, const ScriptOptions&
 Outcome Run::OpenMap(const ScriptOptions& options) {
     if (Outcome outcome = options.is_trial ? Outcome() : lock_.Lock(options.map, options.wait);
         !outcome.ok()) {
-        return outcome;
+        // The holder's command line may have secrets, so it is no part of what the log gets.
+        const bool is_held = outcome.message() == MapLock::kIsHeld;
+        return is_held ? std::move(outcome).WithCause({"", DescribeHolder()}) : outcome;
     }
     Outcome outcome = ParseXMLFile(options.map, inventory_.Tree()).outcome();
     if (!outcome.ok() && !OpenProductFile(options.map, O_RDONLY | O_NONBLOCK).fd.IsOpen()) {
