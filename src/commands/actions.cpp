@@ -59,17 +59,14 @@ bool OnlyLooks(Action action) {
 }
 
 Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document,
-                const std::function<Outcome()>& last_check) {
+                const std::function<Outcome(const RVT_Node&)>& fits) {
     const ActionRow& row = RowOf(command.action);
     inventory.BeginCommand();
     if (!row.follow.map) {
         return {};
     }
     Outcome outcome = row.change != nullptr ? row.change(command, inventory)
-                                            : UpdateCache(command, inventory, cache_document);
-    if (outcome.ok() && last_check) {
-        outcome = last_check();
-    }
+                                            : UpdateCache(command, inventory, cache_document, fits);
     inventory.EndCommand(outcome.ok());
     return outcome;
 }

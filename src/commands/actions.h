@@ -50,8 +50,8 @@ const ActionRow& RowOf(Action action);
 bool OnlyLooks(Action action);
 
 // Makes the change that a command asks for, as told beside the command's function; fine for a
-// command that changes no inventory. "cache_document" is what UpdateCache takes the cache from.
-// "last_check" is asked when the command was accepted; when that fails, so does this.
+// command that changes no inventory. "cache_document" is what UpdateCache takes the cache from,
+// and "fits" its last check.
 Outcome Execute(const Command& command, Inventory& inventory,
                 const RVT_XML_Tree& cache_document = {},
-                const std::function<Outcome()>& last_check = {});
+                const std::function<Outcome(const RVT_Node& cache)>& fits = {});

@@ -47,7 +47,8 @@ static Outcome CheckIsReadable(const RVT_Node& cache, bool is_xml_11) {
 }
 
 Outcome UpdateCache(const Command& command, Inventory& inventory,
-                    const RVT_XML_Tree& cache_document) {
+                    const RVT_XML_Tree& cache_document,
+                    const std::function<Outcome(const RVT_Node&)>& fits) {
     const Result<RVT_Node*> cache = FindCacheElement(cache_document);
     if (!cache.ok()) {
         return cache.outcome();
@@ -58,6 +59,9 @@ Outcome UpdateCache(const Command& command, Inventory& inventory,
     }
     if (Outcome outcome = CheckIsReadable(**cache, IsXml11(std::as_const(inventory).Tree()));
         !outcome.ok()) {
+        return outcome;
+    }
+    if (Outcome outcome = fits ? fits(**cache) : Outcome(); !outcome.ok()) {
         return outcome;
     }
     if (RVT_Node* old = FindCache(**platform); old != nullptr) {

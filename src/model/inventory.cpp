@@ -11,27 +11,22 @@
 #include "base/arena.h"
 #include "model/uniqueness.h"
 #include "model/vocabulary.h"
+#include "xml/parsed_text.h"
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
 RVT_XML_Tree& Inventory::Tree() {
-    DropSettled();
+    DropTraces();
     return tree_;
 }
 
 void Inventory::BeginCommand() {
     stored_.clear();
-    for (; forgotten_ < removed_.size(); ++forgotten_) {
-        Forget(removed_[forgotten_]);
+    changed_ = nullptr;
+    if (traces_ >= next_drop_) {
+        DropTraces();
     }
-    if (is_to_settle_) {
-        Settle();
-    }
-    if (settled_ >= next_drop_) {
-        DropSettled();
-    }
-    touched_.clear();
-    new_cache_ = nullptr;
+    removed_before_ = removed_.size();
     // A single command is served best by walks.
     static constexpr int kFirstIndexed = 2;
     const RVT_Node* map = FindSystemMap();
@@ -45,133 +40,65 @@ void Inventory::BeginCommand() {
 
 void Inventory::EndCommand(bool accepted) {
     if (accepted) {
-        settled_ = forgotten_;
-        is_to_settle_ = true;
-        accepted_from_ = raws_.size();
+        traces_ = removed_before_;
         return;
     }
-    touched_.clear();
     for (; !stored_.empty(); stored_.pop_back()) {
         Store(stored_.back(), stored_.back().before);
     }
-    for (; removed_.size() > forgotten_; removed_.pop_back()) {
-        removed_.back().element->RestoreElement();
-    }
-    if (new_cache_ != nullptr) {
-        ShareOutChildren(*new_cache_platform_, [this](const RVT_Node& child) {
-            return &child == new_cache_ ? nullptr : new_cache_platform_;
-        });
-    }
 }
 
-void Inventory::MarkKfxConf() {
-    marked_from_ = raws_.size();
-}
-
-// Exchanges what was given and what is read of it, from the "from"-th on.
-void Inventory::Show(size_t from) {
-    for (const size_t first : {shown_from_, from}) {
-        for (Raw& raw : std::span(raws_).subspan(first)) {
-            const char* shown = raw.attribute->GetValue();
-            raw.attribute->SetKeptValue(std::exchange(raw.value, shown));
-        }
-    }
-    shown_from_ = from;
-}
-
-void Inventory::Touch(RVT_Node& node) {
-    if (touched_.empty() || touched_.back() != &node) {
-        touched_.push_back(&node);
-    }
-}
-
-void Inventory::SettleValues(RVT_Node& node) {
+// Makes of the values of a node, and of all below it, what is read.
+static void MakeAsRead(const RVT_Node& node) {
     for (RVT_Node& attribute : Attributes(node)) {
         if (!IsReadAsWritten(attribute.GetValue())) {
-            raws_.push_back({&attribute, attribute.GetValue()});
             attribute.SetValue(ValueAsRead(attribute.GetValue()));
         }
     }
-}
-
-void Inventory::SettleBelow(RVT_Node& node) {
-    if (node.IsType(RVT_ELEMENT)) {
-        SettleValues(node);
-        for (RVT_Node& child : Children(node)) {
-            SettleBelow(child);
-        }
+    for (const RVT_Node& child : Children(node)) {
+        MakeAsRead(child);
     }
 }
 
-// Whether what the tables know of the touched elements is what is read.
-bool Inventory::IsIndexSafe() const {
-    return is_settled_ && std::ranges::all_of(touched_, [](const RVT_Node* node) {
-               return std::ranges::all_of(
-                   std::array{Property::kName, Property::kAddress, Property::kPort},
-                   [node](Property property) {
-                       return IsReadAsWritten(PropertyOrEmpty(*node, property));
-                   });
-           });
+// Whether what tables know of an element is what is read of it.
+static bool HasKeysAsRead(const RVT_Node& element) {
+    return std::ranges::all_of(
+        std::array{Property::kName, Property::kAddress, Property::kPort},
+        [&element](Property key) { return IsReadAsWritten(PropertyOrEmpty(element, key)); });
 }
 
-// Makes of values what writing and reading them would; once of all that were in the file.
 void Inventory::Settle() {
-    is_to_settle_ = false;
-    RVT_Node* map = FindSystemMap();
-    if (map == nullptr) {
-        return;
+    const RVT_Node* map = FindSystemMap();
+    const bool is_whole = !std::exchange(is_settled_, true) && !AreParsedValuesAsWritten();
+    const bool keeps_index =
+        index_ == nullptr || (!is_whole && (changed_ == nullptr || HasKeysAsRead(*changed_)));
+    if (is_whole) {
+        MakeAsRead(*map);
+    } else if (changed_ != nullptr) {
+        // The command gave a platform's consoles and cache nothing.
+        MakeAsRead(changed_->IsName(tag::Platform) ? *FindPropertyMap(*changed_) : *changed_);
     }
-    const bool is_index_safe = IsIndexSafe();
-    if (!is_settled_) {
-        SettleBelow(*map);
-    }
-    for (RVT_Node* node : touched_) {
-        // A platform's consoles and cache are touched by themselves.
-        RVT_Node* properties = node->IsName(tag::Platform) ? FindPropertyMap(*node) : node;
-        SettleValues(*node);
-        if (properties != nullptr) {
-            SettleBelow(*properties);
-        }
-    }
-    is_settled_ = true;
-    shown_from_ = raws_.size();
-    if (index_ != nullptr && !is_index_safe) {
+    if (!keeps_index) {
         index_ = Index::Of(*map);
     }
 }
 
-// Takes a removed node from the index, with what was inside it, and its name, so that no walk finds
-// it. Its parent keeps it, in the document a trace of it, until DropSettled.
-void Inventory::Forget(const Place& removed) {
-    if (index_ != nullptr && removed.element->IsName(tag::Platform)) {
-        for (RVT_Node& console : LiveElements(*removed.element, tag::Console)) {
-            index_->Remove({&console, removed.element});
-        }
-    }
-    if (index_ != nullptr && !removed.element->IsName(tag::Cache)) {
-        index_->Remove(removed);
-    }
-    removed.element->SetName("");
-}
-
-void Inventory::DropSettled() {
+void Inventory::DropTraces() {
     std::set<RVT_Node*> parents;
-    std::set<const RVT_Node*> gone;
-    for (const auto& [element, platform] : std::span(removed_).first(settled_)) {
+    for (const auto& [element, platform] : std::span(removed_).first(traces_)) {
         parents.insert(platform != nullptr ? platform : FindSystemMap());
-        gone.insert(element);
     }
+    const RVT_Node* last = removed_.size() > traces_ ? removed_.back().element : nullptr;
     size_t walked = 0;
     for (RVT_Node* parent : parents) {
-        ShareOutChildren(*parent, [&gone, &walked, parent](const RVT_Node& child) {
+        ShareOutChildren(*parent, [last, &walked, parent](const RVT_Node& child) {
             ++walked;
-            return gone.contains(&child) ? nullptr : parent;
+            return child.IsType(RVT_DELETED) && &child != last ? nullptr : parent;
         });
     }
     next_drop_ = std::max<size_t>(walked / 4, 16);
-    removed_.erase(removed_.begin(), removed_.begin() + static_cast<ptrdiff_t>(settled_));
-    forgotten_ -= settled_;
-    settled_ = 0;
+    removed_.erase(removed_.begin(), removed_.begin() + static_cast<ptrdiff_t>(traces_));
+    traces_ = 0;
 }
 
 RVT_Node* Inventory::FindSystemMap() const {
@@ -296,25 +223,22 @@ bool Inventory::IsDuplicatePortWithinAddress(std::string_view address,
 void Inventory::Add(RVT_Node* platform, Owner owner, std::string_view id,
                     const PropertyValues& values) {
     RVT_Node& parent = platform != nullptr ? *platform : *FindSystemMap();
-    RVT_Node& element = AddOwner(parent, owner, id, values);
-    Touch(element);
+    changed_ = &AddOwner(parent, owner, id, values);
     if (index_ != nullptr) {
-        index_->Add({&element, platform});
+        index_->Add({changed_, platform});
     }
 }
 
 void Inventory::AddCache(RVT_Node& platform, RVT_Node& cache) {
     platform.AddChild(&cache);
-    Touch(cache);
-    new_cache_ = &cache;
-    new_cache_platform_ = &platform;
+    changed_ = &cache;
 }
 
 void Inventory::SetValue(const Place& place, Property property, RVT_Node& attribute,
                          std::string_view value) {
     stored_.push_back({place, property, &attribute, attribute.GetValue()});
     Store(stored_.back(), arena::Copy(value));
-    Touch(*place.element);
+    changed_ = place.element;
 }
 
 // "value" is kept for the whole run.
@@ -329,7 +253,18 @@ void Inventory::Store(const StoredValue& stored, const char* value) {
     }
 }
 
+// The node loses its name, so that no walk finds it, and its place in the tables, with what is
+// inside it. Its parent keeps it until DropTraces.
 void Inventory::Remove(RVT_Node& node, RVT_Node* platform) {
+    if (index_ != nullptr && node.IsName(tag::Platform)) {
+        for (RVT_Node& console : LiveElements(node, tag::Console)) {
+            index_->Remove({&console, &node});
+        }
+    }
+    if (index_ != nullptr && !node.IsName(tag::Cache)) {
+        index_->Remove({&node, platform});
+    }
     node.Delete();
+    node.SetName("");
     removed_.push_back({&node, platform});
 }

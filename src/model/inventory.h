@@ -13,9 +13,8 @@
 #include "xml/rvt_node.h"
 
 // Commands run one after another between BeginCommand and EndCommand, each as if it were alone on
-// the file that the one before has left: on what writing and reading it makes of values. From the
-// second one on, lookups use tables instead of walks, where the map is regular enough; they find
-// the same.
+// the map that the one before has left. From the second one on, lookups use tables instead of
+// walks, where the map is regular enough; they find the same.
 class Inventory {
   public:
     // The document, to be filled once before the first command, and to be written between two.
@@ -26,21 +25,14 @@ class Inventory {
     // The reference files as its commands see them.
     ReferenceFiles& Files() { return files_; }
 
-    // What earlier commands have removed is gone from now on, and what they have given is as it
-    // would be read.
     void BeginCommand();
-    // Takes back the values that a command which was not "accepted" has stored, and what it did to
-    // a cache. One that was accepted has changed the document.
+    // Takes back the values that a command which was not "accepted" has stored. One that was
+    // accepted has changed the document.
     void EndCommand(bool accepted);
 
-    // The present command makes kfx.conf of the document as it is now.
-    void MarkKfxConf();
-
-    // Values as the last command that was accepted has left them, or as they were at the mark,
-    // instead of as the next command reads them: for who writes the document or kfx.conf when all
-    // commands have ended.
-    void ShowAsAccepted() { Show(accepted_from_); }
-    void ShowAsMarked() { Show(marked_from_); }
+    // Makes of the values that the last command gave, which was accepted, what they are when they
+    // have been written and read; the first time, of all values of the map.
+    void Settle();
 
     // The root element, or null; and the outcome for who needs it, with "code":
     // "Cannot find SystemMap element."
@@ -84,8 +76,8 @@ class Inventory {
     // Appends a cache to "platform".
     void AddCache(RVT_Node& platform, RVT_Node& cache);
 
-    // Removes a platform, console or cache that stands in "platform" or, for null, in the root. It
-    // still counts where the rules say so until the command has ended.
+    // Removes a platform, console or cache that stands in "platform" or, for null, in the root. The
+    // command must be accepted then.
     void Remove(RVT_Node& node, RVT_Node* platform);
 
   private:
@@ -98,40 +90,21 @@ class Inventory {
 
     [[nodiscard]] const RVT_Node& Map() const;
     [[nodiscard]] Outcome NotFound(Outcome failure) const;
-    void Forget(const Place& removed);
-    void DropSettled();
     void Store(const StoredValue& stored, const char* value);
-    void Touch(RVT_Node& node);
-    [[nodiscard]] bool IsIndexSafe() const;
-    void Settle();
-    void SettleValues(RVT_Node& node);
-    void SettleBelow(RVT_Node& node);
-    void Show(size_t from);
+    void DropTraces();
 
     RVT_XML_Tree tree_;
     ReferenceFiles files_;
     int commands_ = 0;
     Index* index_ = nullptr;
-    std::vector<StoredValue> stored_;  // of the present command
-    // A value that reading makes another one of: that which the document does not hold at present.
-    struct Raw {
-        RVT_Node* attribute;
-        const char* value;
-    };
-    std::vector<Raw> raws_;           // in the order in which they became what is read
-    size_t accepted_from_ = 0;        // the first since the last accepted command,
-    size_t marked_from_ = 0;          // and since the mark
-    size_t shown_from_ = 0;           // from here on the document holds what was given
-    std::vector<RVT_Node*> touched_;  // by the present command
-    RVT_Node* new_cache_ = nullptr;   // of the present command
-    RVT_Node* new_cache_platform_ = nullptr;
-    bool is_to_settle_ = false;  // a command was accepted since all values were as read,
-    bool is_settled_ = false;    // and they have been so once
-    // In their order: what an accepted command has been done without, so that the document as
-    // written has no trace of it; what lookups find no longer; what the present command has
-    // removed.
+    // Of the present command.
+    std::vector<StoredValue> stored_;
+    RVT_Node* changed_ = nullptr;  // the platform, console or cache that it gave values to
+    bool is_settled_ = false;      // all values have been made what is read
+    // What has been removed, in order. The document as written has a trace of what the last
+    // accepted command removed, but none of what others did.
     std::vector<Place> removed_;
-    size_t settled_ = 0;
-    size_t next_drop_ = 16;  // so many settled ones are worth a walk
-    size_t forgotten_ = 0;
+    size_t removed_before_ = 0;  // by earlier commands than the present one
+    size_t traces_ = 0;          // so many of them are to leave no trace,
+    size_t next_drop_ = 16;      // and so many are worth a walk
 };

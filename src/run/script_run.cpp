@@ -95,17 +95,11 @@ Outcome Run::Apply(std::span<const ScriptCommand> commands, const ScriptOptions&
         !outcome.ok()) {
         return outcome;
     }
-    if (options.is_trial) {
-        // What the last one gave is looked at as it would be read.
-        inventory_.BeginCommand();
-        return {};
-    }
-    return CommitScript(options, sequence.Changes());
+    return options.is_trial ? Outcome() : CommitScript(options, sequence.Changes());
 }
 
 // Behind the map that is written. That there is no kfx.conf of it, the commands' entries tell.
 Outcome Run::WriteKfxConfBehindMap(const std::string& map) {
-    inventory_.ShowAsMarked();
     Outcome outcome = RegenerateKfxConf(map);
     return outcome.code() == ExitCode::kIncompleteMap ? Outcome() : outcome;
 }
@@ -115,7 +109,6 @@ Outcome Run::CommitScript(const ScriptOptions& options, const Follow& changes) {
         return outcome;
     }
     if (changes.map) {
-        inventory_.ShowAsAccepted();
         if (Outcome outcome = WriteMap(options.map); !outcome.ok()) {
             return outcome;
         }

@@ -9,20 +9,16 @@
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
-// Whether the map can hold the platform's new cache: values can hold what its encoding lacks, a
-// comment or a name cannot.
-Outcome Sequence::FitsCache(const Command& command) {
+// Whether the map can hold a new cache: values can hold what its encoding lacks, a comment or a
+// name cannot.
+Outcome Sequence::FitsCache(const RVT_Node& cache) const {
     const RVT_XML_Tree& map = std::as_const(inventory_).Tree();
     if (IsUtf8(EncodingOf(map))) {
         return {};
     }
-    const Result<RVT_Node*> platform = inventory_.FindPlatformWithCache(command.name);
-    if (!platform.ok()) {
-        return platform.outcome();
-    }
     RVT_XML_Tree alone;
     alone.AddChild(Children(map).First()->Copy());
-    alone.AddChild(FindCache(**platform)->Copy());
+    alone.AddChild(cache.Copy());
     const Result<bool> fits = FitsItsEncoding(alone);
     return !fits.ok() || *fits
                ? fits.outcome()
@@ -34,9 +30,10 @@ Outcome Sequence::Change(const Command& command, std::string_view document,
     if (command.action != Action::kUpdateCache) {
         return Execute(command, inventory_);
     }
-    RVT_XML_Tree cache;
-    const Result<bool> is_whole = ParseXMLText(document, name, cache);
-    return is_whole.ok() ? Execute(command, inventory_, cache, [&] { return FitsCache(command); })
+    RVT_XML_Tree document_tree;
+    const Result<bool> is_whole = ParseXMLText(document, name, document_tree);
+    return is_whole.ok() ? Execute(command, inventory_, document_tree,
+                                   [this](const RVT_Node& cache) { return FitsCache(cache); })
                          : is_whole.outcome();
 }
 
@@ -69,12 +66,14 @@ Outcome Sequence::Do(const Command& command, std::string_view document, const st
         return outcome;
     }
     const Follow& follow = RowOf(command.action).follow;
-    changes_.map = changes_.map || follow.map;
+    if (follow.map) {
+        changes_.map = true;
+        inventory_.Settle();
+    }
     makes_kfxconf_ = follow.kfxconf;
     if (!makes_kfxconf_) {
         return {};
     }
     changes_.kfxconf = true;
-    inventory_.MarkKfxConf();
     return HasKfxConf();
 }

@@ -30,7 +30,7 @@ class Sequence {
 
   private:
     Outcome Change(const Command& command, std::string_view document, const std::string& name);
-    Outcome FitsCache(const Command& command);
+    [[nodiscard]] Outcome FitsCache(const RVT_Node& cache) const;
     Outcome HasKfxConf();
 
     const XMLLibrary library_;

@@ -8,10 +8,11 @@
 
 #include "base/arena.h"
 #include "base/text.h"
+#include "xml/rvt_xml_writer.h"
 
 namespace {
 
-// Plain ASCII text up to this length is looked for among the texts seen before.
+// Printable ASCII text up to this length is looked for among the texts seen before.
 constexpr size_t kShort = 24;
 
 // The beginning of a text, narrowed and filled up with zeros.
@@ -19,13 +20,13 @@ using Words = std::array<uint64_t, kShort / sizeof(uint64_t)>;
 
 struct ShortText {
     Words words;
-    size_t length;  // More than kShort for text that is longer or not plain.
+    size_t length;  // More than kShort for text that is longer or not printable.
 };
 
 ShortText Narrow(const char16_t* wide) {
     std::array<char, kShort> text = {};
     size_t length = 0;
-    while (length < kShort && wide[length] != 0 && wide[length] < 0x80) {
+    while (length < kShort && wide[length] >= 0x20 && wide[length] < 0x80) {
         text[length] = static_cast<char>(wide[length]);
         ++length;
     }
@@ -68,6 +69,7 @@ struct {
     std::array<const char*, kLongSlots> long_values = {};
     std::vector<KnownName> names = {{}};  // by id
     NameId last_name = 0;
+    bool are_as_written = true;  // all values
 } seen;
 
 // Whether "kept" is the plain text "wide".
@@ -133,7 +135,9 @@ const char* ParsedValue(const char16_t* value) {
     const ShortText text = Narrow(value);
     const uint64_t hash = Hash(text.words);
     if (text.length > kShort) {
-        return KeepLong(value, hash);
+        const char* kept = KeepLong(value, hash);
+        seen.are_as_written = seen.are_as_written && IsReadAsWritten(kept);
+        return kept;
     }
     if (seen.values == nullptr) {
         seen.values = static_cast<ValueSlot*>(arena::Allocate(kValueSlots * sizeof(ValueSlot)));
@@ -146,4 +150,8 @@ const char* ParsedValue(const char16_t* value) {
         kept = arena::Copy({plain.data(), text.length});
     }
     return kept;
+}
+
+bool AreParsedValuesAsWritten() {
+    return seen.are_as_written;
 }

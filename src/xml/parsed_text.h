@@ -9,3 +9,6 @@ NameId ParsedName(const char16_t* name);
 
 // UTF-8 text that lives for the whole run and may be shared with other equal values.
 const char* ParsedValue(const char16_t* value);
+
+// Whether all values so far are the same when they have been written and read again.
+bool AreParsedValuesAsWritten();

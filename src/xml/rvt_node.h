@@ -78,8 +78,6 @@ class RVT_Node : public RVT_Node_List_Elem {
 
     // Removes the node, with all it contains, from the document as it will be written.
     void Delete() { type_ = RVT_DELETED; }
-    // Takes the removal of an element back.
-    void RestoreElement() { type_ = RVT_ELEMENT; }
 
     // Appends "count" new attributes, with empty names and values, and returns the first of them;
     // the others lie behind it. Those that the node had move, so pointers to them must not be kept.
