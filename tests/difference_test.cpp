@@ -123,6 +123,7 @@ TEST(Script, GoesRoundOrNamesWhatStandsInTheWay) {
     const std::string unlogged = kLab + ";Logging Enabled=false";
     const std::string alone = "ID=3:2;Name=s;Port Number=2;Address=1.1.1.2";
     const std::string moved = Replaced(kLab, "1.1.1.1", "1.1.1.2");
+    const std::string nameless = Replaced(kLab, "lab", "");
     const struct {
         std::string from, to, text;
     } rows[] = {
@@ -152,6 +153,8 @@ TEST(Script, GoesRoundOrNamesWhatStandsInTheWay) {
          "console \"s\": Cannot find Property \"name=Template\" in \"PropertyMap\".\n"},
         {plain, plain + ConsoleText(4, Replaced(alone, "=s", "=DB")),
          "console \"DB\": Duplicate name \"DB\".\n"},
+        {PlatformText(nameless), PlatformText(nameless, ConsoleText(8, kDb)),
+         "console \"db\": no command adds to a platform without a name\n"},
         {"", PlatformText(kLab + ";Template=" + std::string(8186, 'x'), "<State/>") + "<State/>",
          "map: no command makes or removes element \"State\"\n"
          "platform \"lab\": \"" +

@@ -189,3 +189,12 @@ Result<Command> ParseCommand(std::span<const char* const> words) {
     }
     return std::move(parser.command());
 }
+
+std::vector<ParsedCommand> ParseCommands(std::span<const ScriptCommand> commands) {
+    std::vector<ParsedCommand> parsed;
+    parsed.reserve(commands.size());
+    for (const ScriptCommand& next : commands) {
+        parsed.push_back({next, ParseCommand(next.words.subspan(1))});
+    }
+    return parsed;
+}

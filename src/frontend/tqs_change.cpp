@@ -39,8 +39,8 @@ bool IsForCache(std::span<const char* const> words) {
 
 // What a script may not do with a command; empty for nothing. What is no command line is refused
 // later, and reads nothing.
-std::string WhyForbidden(const ScriptCommand& next, const std::string& map) {
-    const Result<Command> command = ParseCommand(next.words.subspan(1));
+std::string WhyForbidden(const ParsedCommand& next, const std::string& map) {
+    const Result<Command>& command = next.command;
     const bool is_for_cache =
         command.ok() ? command->action == Action::kUpdateCache : IsForCache(next.words);
     if (next.input && !is_for_cache) {
@@ -58,9 +58,10 @@ std::string WhyForbidden(const ScriptCommand& next, const std::string& map) {
     return command->names_map && command->map != map ? "another map" : "";
 }
 
-std::vector<ScriptFault> FaultsOf(ChangeScript& script, const std::string& map) {
-    std::vector<ScriptFault> faults = std::move(script.faults);
-    for (const ScriptCommand& next : script.commands) {
+// The wrong lines of a script: "faults", and what it may not do.
+std::vector<ScriptFault> FaultsOf(std::span<const ParsedCommand> commands, const std::string& map,
+                                  std::vector<ScriptFault> faults) {
+    for (const ParsedCommand& next : commands) {
         if (std::string why = WhyForbidden(next, map); !why.empty()) {
             faults.push_back({next.line, std::move(why)});
         }
@@ -92,7 +93,7 @@ Outcome Guarded(const std::function<Outcome()>& steps) {
 }
 
 // Runs commands on the map that is open, or tries them and prints what would differ.
-Outcome ApplyOrTry(Run& run, std::span<const ScriptCommand> commands,
+Outcome ApplyOrTry(Run& run, std::span<const ParsedCommand> commands,
                    const ScriptOptions& options) {
     if (!options.is_trial) {
         return run.Apply(commands, options);
@@ -115,12 +116,13 @@ std::string RefusedAt(const std::string& place) {
 }  // namespace
 
 Result<int> ApplyScript(const std::string& path, ScriptOptions options) {
-    Result<ChangeScript> script = ReadScript(path);
+    const Result<ChangeScript> script = ReadScript(path);
     if (!script.ok()) {
         return script.outcome();
     }
     options.name = NameOf(path);
-    const std::vector<ScriptFault> faults = FaultsOf(*script, options.map);
+    const std::vector<ParsedCommand> commands = ParseCommands(script->commands);
+    const std::vector<ScriptFault> faults = FaultsOf(commands, options.map, script->faults);
     for (const ScriptFault& fault : faults) {
         ComplainOf(options.name, fault.line, fault.text);
     }
@@ -131,12 +133,12 @@ Result<int> ApplyScript(const std::string& path, ScriptOptions options) {
     Outcome outcome = Guarded([&] {
         Outcome step = options.is_trial ? Outcome() : run.BeginScript("tqs apply " + path, options);
         if (step.ok()) {
-            step = run.Check(script->commands, options);
+            step = run.Check(commands, options);
         }
         if (step.ok()) {
             step = run.OpenMap(options);
         }
-        return step.ok() ? ApplyOrTry(run, script->commands, options) : step;
+        return step.ok() ? ApplyOrTry(run, commands, options) : step;
     });
     const std::vector<Refusal>& refusals = run.Refusals();
     const bool is_refused = !refusals.empty() && !options.keeps_going;

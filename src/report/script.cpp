@@ -180,17 +180,16 @@ void PrintScript(const Script& script, Output& out) {
     }
 }
 
-std::vector<ScriptCommand> CommandsOf(const Script& script) {
-    std::vector<ScriptCommand> commands;
+std::vector<ParsedCommand> CommandsOf(const Script& script) {
+    std::vector<ParsedCommand> commands;
     for (const Step& step : script.steps) {
         const std::vector<std::string> words = WordsOf(step.command);
         auto* kept = static_cast<const char**>(arena::Allocate(words.size() * sizeof(char*)));
         std::ranges::transform(words, kept, arena::Copy);
-        ScriptCommand command{commands.size(), {kept, words.size()}, {}};
+        commands.push_back({{commands.size(), {kept, words.size()}, {}}, step.command});
         if (step.command.action == Action::kUpdateCache) {
-            command.input = step.document;
+            commands.back().input = step.document;
         }
-        commands.push_back(command);
     }
     return commands;
 }

@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "base/output.h"
+#include "commands/parse_command.h"
 #include "model/inventory.h"
 #include "report/difference.h"
 #include "report/work.h"
-#include "translog/change_script.h"
 
 struct Script {
     // Run in their order on the one inventory they give it the content of the other; none when it
@@ -43,5 +43,5 @@ Script ExportScript(const Inventory& now);
 // Does not flush "out".
 void PrintScript(const Script& script, Output& out);
 
-// The same as read, with the index of each step for its line. The script must outlive them.
-std::vector<ScriptCommand> CommandsOf(const Script& script);
+// The same as if read, with the index of each step for its line. The script must outlive them.
+std::vector<ParsedCommand> CommandsOf(const Script& script);

@@ -163,6 +163,9 @@ static bool IsToBeTold(Property property, const PropertyValues& values) {
 // The unit is the last one.
 void Work::PlanAddition(const Element& item, const Content& content) {
     Unit& unit = units.back();
+    if (item.platform != kNone && comparison_.now()[item.platform].name.empty()) {
+        Obstruct(Label(item), "no command adds to a platform without a name");
+    }
     for (const Property property : PropertiesOf(item.owner)) {
         JudgeText(item, content.values[property]);
     }

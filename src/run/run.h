@@ -25,12 +25,11 @@
 
 #include "base/outcome.h"
 #include "base/paths.h"
-#include "commands/command.h"
+#include "commands/parse_command.h"
 #include "model/inventory.h"
 #include "run/map_lock.h"
 #include "run/notification.h"
 #include "run/sequence.h"
-#include "translog/change_script.h"
 #include "translog/rvt_trans_log.h"
 
 // A command of a script that was refused.
@@ -79,7 +78,7 @@ class Run {
 
     // Refuses words that are none of a command line, which takes no lock. Fails as ParseCommand,
     // unless the run keeps going.
-    Outcome Check(std::span<const ScriptCommand> commands, const ScriptOptions& options);
+    Outcome Check(std::span<const ParsedCommand> commands, const ScriptOptions& options);
 
     // Takes the lock and reads the map. Fails as MapLock::Lock and ParseXMLFile.
     Outcome OpenMap(const ScriptOptions& options);
@@ -90,7 +89,7 @@ class Run {
     // is refused, unless the run keeps going, or as the first step that does. Nothing has changed
     // then, unless kfx.conf cannot be written behind the map (kCannotOpen, kWriteFailed) or the
     // lock not be released.
-    Outcome Apply(std::span<const ScriptCommand> commands, const ScriptOptions& options);
+    Outcome Apply(std::span<const ParsedCommand> commands, const ScriptOptions& options);
 
     // Commands that were refused, in their order.
     [[nodiscard]] const std::vector<Refusal>& Refusals() const { return refusals_; }
@@ -124,10 +123,8 @@ class Run {
     Outcome WriteMap(const std::string& map);
     Outcome RegenerateKfxConf(const std::string& map);
     Outcome Commit(const Command& command);
-    Outcome ApplyNext(const ScriptCommand& next, const Result<Command>& command,
-                      const ScriptOptions& options, Sequence& sequence);
-    void Record(const ScriptCommand& next, const Result<Command>& command, const Outcome& outcome,
-                const ScriptOptions& options);
+    Outcome ApplyNext(const ParsedCommand& next, const ScriptOptions& options, Sequence& sequence);
+    void Record(const ParsedCommand& next, const Outcome& outcome, const ScriptOptions& options);
     Outcome CommitScript(const ScriptOptions& options, const Follow& changes);
     Outcome WriteKfxConfBehindMap(const std::string& map);
 

@@ -6,7 +6,6 @@
 
 #include "base/process.h"
 #include "base/text.h"
-#include "commands/parse_command.h"
 #include "run/lock_holder.h"
 #include "run/run.h"
 
@@ -18,12 +17,11 @@ Outcome Run::BeginScript(std::string_view title, const ScriptOptions& options) {
     return log_.Open();
 }
 
-Outcome Run::Check(std::span<const ScriptCommand> commands, const ScriptOptions& options) {
-    for (const ScriptCommand& next : commands) {
-        const Result<Command> command = ParseCommand(next.words.subspan(1));
-        if (!command.ok() && !options.keeps_going) {
-            refusals_.push_back({next.line, command.outcome()});
-            return command.outcome();
+Outcome Run::Check(std::span<const ParsedCommand> commands, const ScriptOptions& options) {
+    for (const ParsedCommand& next : commands) {
+        if (!next.command.ok() && !options.keeps_going) {
+            refusals_.push_back({next.line, next.command.outcome()});
+            return next.command.outcome();
         }
     }
     return {};
@@ -46,8 +44,8 @@ Outcome Run::OpenMap(const ScriptOptions& options) {
 
 // Adds the entry of a command, which names the map that a replay is to change. What is refused for
 // its words has read no input.
-void Run::Record(const ScriptCommand& next, const Result<Command>& command, const Outcome& outcome,
-                 const ScriptOptions& options) {
+void Run::Record(const ParsedCommand& next, const Outcome& outcome, const ScriptOptions& options) {
+    const Result<Command>& command = next.command;
     if (options.is_trial) {
         return;
     }
@@ -58,11 +56,12 @@ void Run::Record(const ScriptCommand& next, const Result<Command>& command, cons
     asked_.last = log_.LogRun(words, command.ok() ? next.input : std::nullopt, outcome);
 }
 
-Outcome Run::ApplyNext(const ScriptCommand& next, const Result<Command>& command,
-                       const ScriptOptions& options, Sequence& sequence) {
+Outcome Run::ApplyNext(const ParsedCommand& next, const ScriptOptions& options,
+                       Sequence& sequence) {
+    const Result<Command>& command = next.command;
     Outcome outcome = command.ok() ? sequence.Do(*command, next.input.value_or(""), options.name)
                                    : command.outcome();
-    Record(next, command, outcome, options);
+    Record(next, outcome, options);
     asked_.kfxconf = command.ok() && sequence.MakesKfxConf() ? asked_.last : asked_.kfxconf;
     if (outcome.ok()) {
         const Notifications wanted = NotificationsOf(*command);
@@ -72,17 +71,13 @@ Outcome Run::ApplyNext(const ScriptCommand& next, const Result<Command>& command
     return outcome;
 }
 
-Outcome Run::Apply(std::span<const ScriptCommand> commands, const ScriptOptions& options) {
+Outcome Run::Apply(std::span<const ParsedCommand> commands, const ScriptOptions& options) {
     Sequence sequence(inventory_, options.map);
-    if (!options.is_trial) {
-        log_.Expect(commands);
-    }
-    for (const ScriptCommand& next : commands) {
-        const Result<Command> command = ParseCommand(next.words.subspan(1));
-        if (command.ok() && OnlyLooks(command->action)) {
+    for (const ParsedCommand& next : commands) {
+        if (next.command.ok() && OnlyLooks(next.command->action)) {
             continue;
         }
-        Outcome outcome = ApplyNext(next, command, options, sequence);
+        Outcome outcome = ApplyNext(next, options, sequence);
         if (outcome.ok()) {
             continue;
         }

@@ -307,20 +307,6 @@ void TransactionLog::AmendText() {
     }
 }
 
-void TransactionLog::Expect(std::span<const ScriptCommand> commands) {
-    // Of an entry without its words and input; and what stands around a word.
-    static constexpr size_t kEntry = 320;
-    static constexpr size_t kAround = 3;
-    size_t size = kLargestEnding;
-    for (const ScriptCommand& command : commands) {
-        size += kEntry + command.input.value_or("").size();
-        for (const char* word : command.words) {
-            size += strlen(word) + kAround;
-        }
-    }
-    text_.reserve(size);
-}
-
 TransactionLog::Ending TransactionLog::LogRun(std::span<const char* const> words,
                                               std::optional<std::string_view> input,
                                               const Outcome& outcome) {

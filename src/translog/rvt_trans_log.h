@@ -31,7 +31,6 @@
 
 #include "base/files.h"
 #include "base/outcome.h"
-#include "translog/change_script.h"
 
 // What one run adds to the log. While none could be opened, all but Open do nothing.
 class TransactionLog {
@@ -62,9 +61,6 @@ class TransactionLog {
     // Adds "input", the standard input that the run has captured, to the command as a
     // here-document. kWriteFailed "Write failed for %s" when there is no room for it.
     Outcome LogStdIn(std::string_view input);
-
-    // Tells of the commands that are to come, so that the text need not move as it grows.
-    void Expect(std::span<const ScriptCommand> commands);
 
     // Adds the whole entry of a command that has ended so, with the "input" that it has read.
     Ending LogRun(std::span<const char* const> words, std::optional<std::string_view> input,
