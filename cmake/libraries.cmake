@@ -21,22 +21,27 @@ find_path(JSON_INCLUDE nlohmann/json.hpp REQUIRED)
 add_library(tqs_headers INTERFACE)
 target_include_directories(tqs_headers SYSTEM INTERFACE ${CLI11_INCLUDE} ${JSON_INCLUDE})
 
-# The files that define parts of the library anew; the list of its start for the version whose list
-# was looked at.
-set(known_version 3.2.4)
-file(STRINGS ${XERCES_INCLUDE}/xercesc/util/XercesVersion.hpp version
-  REGEX "^#define XERCES_VERSION_(MAJOR|MINOR|REVISION) +[0-9]+")
-list(TRANSFORM version REPLACE ".* " "")
-list(JOIN version . version)
+# The files that define parts of the library anew; the list of its start where the archive's own calls
+# what it was made from. The library's register of encodings is left out on purpose.
+execute_process(COMMAND ${CMAKE_NM} -A -u ${XERCES_ARCHIVE} OUTPUT_VARIABLE calls ERROR_QUIET)
+string(REGEX MATCHALL "XMLInitializer[.]o:[^\n]*XMLInitializer[0-9]+[A-Za-z]+Ev" calls "${calls}")
+list(TRANSFORM calls REPLACE ".*XMLInitializer[0-9]+([A-Za-z]+)Ev" "\\1")
+list(REMOVE_ITEM calls initializeEncodingValidator terminateEncodingValidator)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS src/library/late_tables.cpp)
+file(STRINGS ${CMAKE_SOURCE_DIR}/src/library/late_tables.cpp list
+  REGEX "^ +(initialize|terminate)[A-Za-z]+[(][)];")
+list(TRANSFORM list REPLACE "^ +([A-Za-z]+).*" "\\1")
+list(SORT calls)
+list(SORT list)
 set(TQS_KEPT_OUT src/library/no_network.cpp src/library/attribute_table.cpp)
 if(NOT TQS_STOCK_LIBRARY)
   list(APPEND TQS_KEPT_OUT src/library/encodings.cpp)
 endif()
 if(TQS_STOCK_LIBRARY)
-  message(STATUS "Xerces-C ${version} is linked as it comes.")
-elseif(version VERSION_EQUAL known_version)
+  message(STATUS "Xerces-C is linked as it comes.")
+elseif(calls STREQUAL list)
   list(APPEND TQS_KEPT_OUT src/library/late_tables.cpp)
 else()
-  message(WARNING "Xerces-C is ${version}, not ${known_version}: it sets up at its start all that it "
-    "ever needs, and short runs take longer.")
+  message(WARNING "This Xerces-C sets up at its start something else than the list in "
+    "src/library/late_tables.cpp, so its own list is linked, and short runs take longer.")
 endif()

@@ -15,8 +15,8 @@
 //   are made when a document first names a schema. The register of encodings is never made: the
 //   library asks it only when told to be strict.
 //
-// The list was taken from the sources of one version of the library, whose number stands in
-// cmake/libraries.cmake. With any other version the build says so and links the library's own list.
+// The build compares the list with what the archive's own calls, and links the library's own where
+// the two differ in more than the register.
 // TQS_STOCK_LIBRARY has the library's own list and encodings linked in any case, for comparison
 // alone: its tables differ from iconv's, so that a map in another encoding than UTF-8 may come back
 // as another. The network stays out.

@@ -15,6 +15,7 @@ static constexpr size_t kAlignment = alignof(std::max_align_t);
 
 // A reader is far larger than anything else that the library asks for at once, but for its few
 // bytes of header.
+static_assert(sizeof(xercesc::XMLReader) > size_t{64} << 10U);
 static bool IsReader(size_t size) {
     constexpr size_t kHeader = 64;
     return size >= sizeof(xercesc::XMLReader) && size < sizeof(xercesc::XMLReader) + kHeader;
