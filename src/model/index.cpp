@@ -51,7 +51,11 @@ void Index::Count(const Place& place, int by) {
     if (place.platform == nullptr) {
         CountAtSite(element, by);
     } else if (const auto port = GetPropertyValue(element, Property::kPort); port) {
-        ports_[{place.platform, *port}] += by;
+        Inside& inside = inside_[place.platform];
+        inside.ports[*port] += by;
+        if (inside.site != nullptr && inside.own_port != *port) {
+            inside.site->ports[*port] += by;
+        }
     }
 }
 
@@ -66,10 +70,19 @@ void Index::CountAtSite(const RVT_Node& element, int by) {
     if (!port) {
         return;
     }
-    ports_[{&site, *port}] += by;
+    site.ports[*port] += by;
     if (element.IsName(tag::Platform)) {
-        std::erase(site.platforms, &element);
-        site.platforms.resize(site.platforms.size() + (by > 0 ? 1 : 0), &element);
+        CountInside(inside_[&element], site, *port, by);
+    }
+}
+
+void Index::CountInside(Inside& inside, Site& site, std::string_view own_port, int by) {
+    inside.site = by > 0 ? &site : nullptr;
+    inside.own_port = own_port;
+    for (const auto& [port, count] : inside.ports) {
+        if (port != own_port) {
+            site.ports[port] += by * count;
+        }
     }
 }
 
@@ -98,20 +111,11 @@ int Index::CountAddress(std::string_view address) const {
     return site == sites_.end() ? 0 : site->second.count;
 }
 
-int Index::UsesOf(const void* owner, std::string_view port) const {
-    const auto found = ports_.find({owner, port});
-    return found == ports_.end() ? 0 : found->second;
-}
-
 int Index::CountPort(std::string_view address, std::string_view port) const {
     const auto site = sites_.find(address);
     if (site == sites_.end()) {
         return 0;
     }
-    int count = UsesOf(&site->second, port);
-    for (const RVT_Node* platform : site->second.platforms) {
-        const bool has_it_itself = PropertyOrEmpty(*platform, Property::kPort) == port;
-        count += has_it_itself ? 0 : UsesOf(platform, port);
-    }
-    return count;
+    const auto found = site->second.ports.find(port);
+    return found == site->second.ports.end() ? 0 : found->second;
 }

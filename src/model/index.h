@@ -44,33 +44,29 @@ class Index {
   private:
     Index() = default;
 
+    using PortCounts = std::unordered_map<std::string_view, int>;
     // An address of platforms and standalone consoles.
     struct Site {
-        int count = 0;  // of them
-        std::vector<const RVT_Node*> platforms;
+        int count = 0;     // of them
+        PortCounts ports;  // in use here, also by consoles inside platforms
     };
-    // A port and what it is in use at: a site or, by consoles inside a platform, the platform.
-    struct Port {
-        const void* owner;
-        std::string_view number;
-        bool operator==(const Port&) const = default;
-    };
-    struct PortHash {
-        size_t operator()(const Port& port) const {
-            return std::hash<std::string_view>()(port.number) ^
-                   std::hash<const void*>()(port.owner);
-        }
+    // The consoles of a platform. They use ports at its site, once it has one and a port, but for
+    // its own port.
+    struct Inside {
+        Site* site = nullptr;
+        std::string_view own_port;
+        PortCounts ports;
     };
 
     bool AddNew(const Place& place);
     void Count(const Place& place, int by);
     void CountAtSite(const RVT_Node& element, int by);
-    [[nodiscard]] int UsesOf(const void* owner, std::string_view port) const;
+    static void CountInside(Inside& inside, Site& site, std::string_view own_port, int by);
 
     // By name. Texts of the map live as long as the process.
     std::unordered_map<std::string_view, Place> platforms_;
     std::unordered_map<std::string_view, Place> consoles_;
     std::unordered_map<std::string, int> names_;  // how many, in lower case
     std::unordered_map<std::string_view, Site> sites_;
-    std::unordered_map<Port, int, PortHash> ports_;
+    std::unordered_map<const RVT_Node*, Inside> inside_;  // by platform
 };
