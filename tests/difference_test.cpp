@@ -138,10 +138,8 @@ TEST(Script, GoesRoundOrNamesWhatStandsInTheWay) {
          "tqsmgr -update system -name \"s\" -addr \"240.0.0.1\"\n"
          "tqsmgr -update platform -name \"lab\" -addr \"1.1.1.2\"\n"
          "tqsmgr -update system -name \"s\" -addr \"1.1.1.2\"\n"},
-        // A port that another one has, as far as commands allow it.
         {plain, PlatformText(kLab, ConsoleText(8, "ID=1:1;Name=db;Port Number=1;Address=9.9.9.9")),
-         "tqsmgr -update system -name \"db\" -port \"61001\"\n"
-         "tqsmgr -update system -name \"db\" -addr \"9.9.9.9\" -port \"1\"\n"},
+         "console \"db\": Duplicate port number \"1\".\n"},
         {plain, Replaced(PlatformText(kLab + ";Description=a~b;Template=~"), "a~b", "a&#9;b"),
          "platform \"lab\": \"a\\tb\" would not be kept as it is\n"
          "platform \"lab\": no command takes away template\n"},

@@ -230,9 +230,7 @@ Outcome FindSteps(Source& source, const Inventory& present, bool keep, Plan& pla
     if (!outcome.ok()) {
         return outcome;
     }
-    // A port that is in use twice is a mistake in a row, but a map may have it.
-    const Crowding crowding = source.said ? Crowding::kRefused : Crowding::kAllowed;
-    plan.script = UntriedScript(Comparison(OutlineOf(present), plan.now), crowding);
+    plan.script = UntriedScript(Comparison(OutlineOf(present), plan.now));
     return plan.script.obstacles.empty() ? outcome : Refused(plan, plan.script.obstacles);
 }
 

@@ -2,113 +2,334 @@
 
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
+#include <unordered_set>
 
-#include "report/crowd.h"
-#include "report/places.h"
+#include "base/text.h"
+#include "xml/rvt_xml_writer.h"
 
 using enum Property;
 
 namespace {
 
-// What -update cache reads.
-std::string CacheDocument(const RVT_Node& cache) {
-    return "<?xml version=\"1.0\"?>\n" + XmlText(cache);
+// Values that neither inventory has, each given once. The first one costs a look at all elements.
+class FreshValues {
+  public:
+    explicit FreshValues(const Comparison& comparison) : comparison_(comparison) {}
+
+    // A name, an address or a port.
+    std::string Take(Property property) {
+        if (next_ == 0) {
+            Fill();
+        }
+        std::string value = Candidate(property, ++next_);
+        while (used_.contains(value)) {
+            value = Candidate(property, ++next_);
+        }
+        return value;
+    }
+
+  private:
+    void Fill() {
+        for (const Elements* items : {&comparison_.before(), &comparison_.now()}) {
+            for (const Element& item : *items) {
+                used_.insert(ToLower(item.name));
+                used_.emplace(ValueOf(item, kAddress));
+                used_.emplace(ValueOf(item, kPort));
+            }
+        }
+    }
+    // Addresses of a block that no network uses, and ports beyond those that are commonly given.
+    static std::string Candidate(Property property, unsigned number) {
+        static constexpr unsigned kFirstPort = 61000;
+        if (property == kName) {
+            return "between-" + std::to_string(number);
+        }
+        if (property == kPort) {
+            return std::to_string(kFirstPort + number);
+        }
+        return "240." + std::to_string(number >> 16U & 255U) + '.' +
+               std::to_string(number >> 8U & 255U) + '.' + std::to_string(number & 255U);
+    }
+
+    const Comparison& comparison_;
+    std::unordered_set<std::string> used_;
+    unsigned next_ = 0;
+};
+
+// What a unit can need, and another one have until it gives it up.
+enum class Kind : char {
+    kName,      // in lower case
+    kPlatform,  // that no platform is at an address
+    kConsoles,  // that no standalone console is at an address
+    kArrival,   // that the platform that comes to an address is there
+    kPort       // at an address; of a platform and those inside it at that where it shall be
+};
+
+// Something of that kind that somebody has at first.
+struct Slot {
+    Kind kind;
+    std::vector<size_t> holders;  // units, some of which may have given it up
+    std::vector<size_t> waiting;
+};
+
+// The property by whose change a slot is given up. kArrival never is, but by the unit's command.
+Property PropertyOf(Kind kind) {
+    return kind == Kind::kName ? kName : kind == Kind::kPort ? kPort : kAddress;
 }
 
-// Gives each unit its turn after those that it waits for. The stack stands in memory of its own: a
-// chain of renames may be as long as the inventory.
+// Whether an element that takes another value of "property" for the time being gives up what it has
+// of that kind. With its address it leaves its port there.
+bool IsGivenUpBy(Property property, Kind kind) {
+    return kind != Kind::kArrival &&
+           (PropertyOf(kind) == property || (kind == Kind::kPort && property == kAddress));
+}
+
+// A unit until its command is made.
+struct Turn {
+    std::vector<size_t> has;    // slots
+    std::vector<size_t> needs;  // the last one is what it waits for
+    std::string name;           // in between, if the element has one
+    bool is_done = false;
+    size_t passed = 0;  // the number of the last way that led past it
+};
+
 class Turns {
   public:
     // The steps are added to those that are there.
-    Turns(Work& work, const Comparison& comparison, const Places& places, FreshValues& fresh,
-          std::vector<Step>& steps)
-        : work_(work),
-          comparison_(comparison),
-          places_(places),
-          fresh_(fresh),
-          steps_(steps),
-          progress_(work.units.size()) {}
+    Turns(Work& work, const Comparison& comparison, std::vector<Step>& steps)
+        : work_(work), comparison_(comparison), fresh_(comparison), steps_(steps) {
+        MakeRoomForPlatforms();
+        turns_.resize(work_.units.size());
+        for (size_t unit = 0; unit < turns_.size(); ++unit) {
+            FindWhatItHas(unit);
+        }
+        for (size_t unit = 0; unit < turns_.size(); ++unit) {
+            FindWhatItNeeds(unit);
+        }
+    }
 
-    void Take(size_t unit) {
-        Begin(unit, kName);
-        while (!stack_.empty()) {
-            Turn& turn = stack_.back();
-            if (turn.next < turn.waits.size()) {
-                const Wait wait = turn.waits[turn.next++];
-                Await(wait);
-            } else {
-                Finish(turn.unit);
-                stack_.pop_back();
+    void Take() {
+        for (size_t unit = 0; unit < turns_.size(); ++unit) {
+            free_.push_back(unit);
+            TakeFree();
+        }
+        for (size_t unit = 0; unit < turns_.size(); ++unit) {
+            way_.push_back(unit);
+            while (!way_.empty()) {
+                ParkOrGoBack();
             }
         }
     }
 
   private:
-    enum class State { kNew, kWaiting, kDone };
-    struct Progress {
-        State state = State::kNew;
-        std::string name;  // that the element has for the time being, if it is another
-        std::vector<Property> aside;
-    };
-    struct Turn {
-        size_t unit;
-        Property awaited_for;
-        std::vector<Wait> waits;
-        size_t next = 0;
-    };
-
-    void Begin(size_t unit, Property awaited_for) {
-        if (progress_[unit].state == State::kNew) {
-            progress_[unit].state = State::kWaiting;
-            stack_.push_back({unit, awaited_for, places_.WaitsOf(unit)});
+    // A platform may not come to the address of a standalone console, but the console may come to
+    // the platform's: one that stays there leaves for the time being.
+    void MakeRoomForPlatforms() {
+        std::unordered_set<std::string_view> addresses;
+        for (const Unit& unit : work_.units) {
+            const Element& item = comparison_.now()[unit.now];
+            if (item.owner == Owner::kPlatform && unit.Sets(kAddress)) {
+                addresses.insert(ValueOf(item, kAddress));
+            }
+        }
+        for (size_t i = 0; i < comparison_.before().size() && !addresses.empty(); ++i) {
+            const Element& item = comparison_.before()[i];
+            if (IsStandalone(item) && work_.IsKept(i) &&
+                addresses.contains(ValueOf(item, kAddress))) {
+                work_.Set(work_.units[work_.Need(comparison_.PartnerOfBefore(i))], kAddress);
+            }
         }
     }
 
-    void Await(const Wait& wait) {
-        Progress& other = progress_[wait.unit];
-        const bool is_aside = std::ranges::find(other.aside, wait.for_what) != other.aside.end();
-        if (other.state == State::kDone || (is_aside && !wait.arrives)) {
+    static bool IsStandalone(const Element& item) {
+        return item.owner == Owner::kConsole && item.platform == kNone;
+    }
+
+    // Where the port of an element counts, as it shall be.
+    [[nodiscard]] std::string_view AddressOf(const Element& now) const {
+        return ValueOf(now.platform == kNone ? now : comparison_.now()[now.platform], kAddress);
+    }
+
+    static std::string Key(Kind kind, std::string_view text, std::string_view port = "") {
+        std::string key(1, static_cast<char>(kind));
+        return key.append(text).append(1, '\0').append(port);
+    }
+
+    void FindWhatItHas(size_t index) {
+        const Unit& unit = work_.units[index];
+        const Element& now = comparison_.now()[unit.now];
+        const bool is_platform = now.owner == Owner::kPlatform;
+        if (is_platform && unit.Sets(kAddress)) {
+            Have(index, Kind::kArrival, ValueOf(now, kAddress));
+        }
+        if (unit.IsAddition()) {
             return;
         }
-        if (wait.arrives && other.state == State::kWaiting) {
-            // It waits for this one, which lets it by and has its turn later.
-            StepAside(stack_.back().unit, stack_.back().awaited_for);
-            progress_[stack_.back().unit].state = State::kNew;
-            stack_.pop_back();
-        } else if (wait.returns || other.state == State::kWaiting) {
-            StepAside(wait.unit, wait.for_what);
-        } else {
-            Begin(wait.unit, wait.for_what);
+        const Element& before = comparison_.before()[unit.before];
+        const std::string_view address = ValueOf(before, kAddress);
+        if (unit.Sets(kName)) {
+            Have(index, Kind::kName, ToLower(before.name));
         }
+        if (unit.Sets(kAddress)) {
+            Have(index, is_platform ? Kind::kPlatform : Kind::kConsoles, address);
+        }
+        if (unit.Sets(kPort) || unit.Sets(kAddress)) {
+            Have(index, Kind::kPort, IsStandalone(before) ? address : AddressOf(now),
+                 ValueOf(before, kPort));
+        }
+    }
+
+    void Have(size_t index, Kind kind, std::string_view text, std::string_view port = "") {
+        const size_t slot =
+            slot_of_.try_emplace(Key(kind, text, port), slots_.size()).first->second;
+        if (slot == slots_.size()) {
+            slots_.push_back({kind, {}, {}});
+        }
+        slots_[slot].holders.push_back(index);
+        turns_[index].has.push_back(slot);
+    }
+
+    // What it needs first comes last.
+    void FindWhatItNeeds(size_t index) {
+        const Unit& unit = work_.units[index];
+        const Element& now = comparison_.now()[unit.now];
+        const bool is_platform = now.owner == Owner::kPlatform;
+        const std::string_view address = AddressOf(now);
+        const bool takes_port = unit.Sets(kPort) || unit.Sets(kAddress);
+        if (takes_port) {
+            Need(index, Kind::kPort, address, ValueOf(now, kPort));
+        }
+        if (is_platform ? unit.Sets(kAddress) : takes_port) {
+            Need(index, Kind::kPlatform, address);
+            Need(index, is_platform ? Kind::kConsoles : Kind::kArrival, address);
+        }
+        if (unit.Sets(kName) || unit.IsAddition()) {
+            Need(index, Kind::kName, ToLower(now.name));
+        }
+    }
+
+    // Its own is not in its way, but for a name that changes its letter case alone.
+    void Need(size_t index, Kind kind, std::string_view text, std::string_view port = "") {
+        const auto slot = slot_of_.find(Key(kind, text, port));
+        Turn& turn = turns_[index];
+        if (slot != slot_of_.end() &&
+            (kind == Kind::kName || std::ranges::find(turn.has, slot->second) == turn.has.end())) {
+            turn.needs.push_back(slot->second);
+        }
+    }
+
+    // One that still has what is in the slot, or kNone.
+    size_t HolderOf(size_t index) {
+        std::vector<size_t>& holders = slots_[index].holders;
+        while (!holders.empty()) {
+            const std::vector<size_t>& has = turns_[holders.back()].has;
+            if (std::ranges::find(has, index) != has.end()) {
+                return holders.back();
+            }
+            holders.pop_back();
+        }
+        return kNone;
+    }
+
+    void TakeFree() {
+        while (!free_.empty()) {
+            const size_t unit = free_.back();
+            free_.pop_back();
+            std::vector<size_t>& needs = turns_[unit].needs;
+            while (!needs.empty() && HolderOf(needs.back()) == kNone) {
+                needs.pop_back();
+            }
+            if (needs.empty()) {
+                Finish(unit);
+            } else {
+                slots_[needs.back()].waiting.push_back(unit);
+            }
+        }
+    }
+
+    // All that a unit has or, when it takes a value in between, what that was.
+    void GiveUp(size_t unit, std::optional<Property> property) {
+        std::vector<size_t>& has = turns_[unit].has;
+        const auto gone = std::stable_partition(has.begin(), has.end(), [&](size_t slot) {
+            return property && !IsGivenUpBy(*property, slots_[slot].kind);
+        });
+        const std::vector<size_t> given_up(gone, has.end());
+        has.erase(gone, has.end());
+        for (const size_t slot : given_up) {
+            if (HolderOf(slot) == kNone) {
+                std::vector<size_t>& waiting = slots_[slot].waiting;
+                free_.insert(free_.end(), waiting.rbegin(), waiting.rend());
+                waiting.clear();
+            }
+        }
+    }
+
+    // What a unit that is not done waits for, and who has that.
+    [[nodiscard]] Kind KindAwaited(size_t unit) const {
+        return slots_[turns_[unit].needs.back()].kind;
+    }
+    size_t Awaited(size_t unit) { return HolderOf(turns_[unit].needs.back()); }
+
+    // Goes on from the last unit of the way by what each waits for. The first one that is met again
+    // is let by.
+    void ParkOrGoBack() {
+        size_t unit = way_.back();
+        if (turns_[unit].is_done) {
+            way_.pop_back();
+            return;
+        }
+        for (++ways_; turns_[unit].passed != ways_; unit = Awaited(unit)) {
+            turns_[unit].passed = ways_;
+            way_.push_back(unit);
+        }
+        // What waits for a platform to arrive lets that by instead.
+        LetBy(KindAwaited(unit) == Kind::kArrival ? Awaited(unit) : unit);
+    }
+
+    // It is the first to be let by again, if it is still in a circle: whoever steps aside once more
+    // costs less than another.
+    void LetBy(size_t unit) {
+        way_.push_back(unit);
+        StepAside(Awaited(unit), PropertyOf(KindAwaited(unit)));
+        TakeFree();
     }
 
     // Gives an element another name, address or port for the time being.
     void StepAside(size_t index, Property property) {
         Unit& unit = work_.units[index];
-        Progress& progress = progress_[index];
         Step step = StepOf(unit);
         step.command.settings = {{property, fresh_.Take(property)}};
         if (property == kName) {
-            progress.name = step.command.settings.front().value;
+            turns_[index].name = step.command.settings.front().value;
         }
-        progress.aside.push_back(property);
         work_.Set(unit, property);
         steps_.push_back(std::move(step));
+        GiveUp(index, property);
+    }
+
+    // What an element is called at present; one that is added, as it will be.
+    [[nodiscard]] std::string NameOf(size_t now) const {
+        const size_t index = work_.UnitOf(now);
+        const bool is_done = index == kNone || turns_[index].is_done;
+        if (is_done || work_.units[index].IsAddition()) {
+            return std::string(comparison_.now()[now].name);
+        }
+        const std::string& name = turns_[index].name;
+        return name.empty() ? std::string(comparison_.before()[work_.units[index].before].name)
+                            : name;
     }
 
     [[nodiscard]] Step StepOf(const Unit& unit) const {
         const Element& item = comparison_.now()[unit.now];
         const bool is_platform = item.owner == Owner::kPlatform;
         Step step;
-        Command& command = step.command;
+        step.command.name = NameOf(unit.now);
         if (!unit.IsAddition()) {
-            const std::string& name = progress_[work_.UnitOf(unit.now)].name;
-            command.action = is_platform ? Action::kUpdatePlatform : Action::kUpdateSystem;
-            command.name = name.empty() ? comparison_.before()[unit.before].name : name;
+            step.command.action = is_platform ? Action::kUpdatePlatform : Action::kUpdateSystem;
         } else {
-            command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
-            command.name = item.name;
-            command.platform = item.platform == kNone ? "" : comparison_.now()[item.platform].name;
+            step.command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
+            step.command.platform = item.platform == kNone ? "" : NameOf(item.platform);
         }
         step.subject = Label(item);
         return step;
@@ -116,34 +337,36 @@ class Turns {
 
     void Finish(size_t index) {
         Unit& unit = work_.units[index];
-        progress_[index].state = State::kDone;
         if (unit.IsAddition() || !unit.settings.empty()) {
             Step step = StepOf(unit);
             step.command.settings = std::move(unit.settings);
             steps_.push_back(std::move(step));
         }
+        turns_[index].is_done = true;
+        GiveUp(index, std::nullopt);
         if (unit.changes_cache) {
             ChangeCache(unit);
         }
     }
 
     void ChangeCache(const Unit& unit) {
-        const Element& item = comparison_.now()[unit.now];
-        const RVT_Node* cache = ContentOf(item).cache;
+        const RVT_Node* cache = ContentOf(comparison_.now()[unit.now]).cache;
         Step step = StepOf(unit);
         step.command.action = cache == nullptr ? Action::kRemoveCache : Action::kUpdateCache;
-        step.command.name = item.name;
-        step.document = cache == nullptr ? "" : CacheDocument(*cache);
+        step.document = cache == nullptr ? "" : "<?xml version=\"1.0\"?>\n" + XmlText(*cache);
         steps_.push_back(std::move(step));
     }
 
     Work& work_;
     const Comparison& comparison_;
-    const Places& places_;
-    FreshValues& fresh_;
+    FreshValues fresh_;
     std::vector<Step>& steps_;
-    std::vector<Progress> progress_;
-    std::vector<Turn> stack_;
+    std::unordered_map<std::string, size_t> slot_of_;
+    std::vector<Slot> slots_;
+    std::vector<Turn> turns_;
+    std::vector<size_t> free_;  // units to be tried, the next one last
+    std::vector<size_t> way_;   // units each of which waited for the next one when it was passed
+    size_t ways_ = 0;
 };
 
 void AddSecurity(const Comparison& comparison, std::vector<Step>& steps) {
@@ -157,32 +380,13 @@ void AddSecurity(const Comparison& comparison, std::vector<Step>& steps) {
     }
 }
 
-void Append(std::vector<Step>& steps, std::vector<Step> more) {
-    std::ranges::move(more, std::back_inserter(steps));
-}
-
 }  // namespace
 
-std::vector<Step> InOrder(Work& work, const Comparison& comparison, Crowding crowding) {
-    FreshValues fresh(comparison);
-    Places places(work, comparison);
-    std::optional<Crowd> crowd;
-    if (crowding == Crowding::kAllowed) {
-        crowd.emplace(work, comparison, fresh);
-    }
-    places.Index();
+std::vector<Step> InOrder(Work& work, const Comparison& comparison) {
     std::vector<Step> steps;
     steps.reserve(1 + work.removals.size() + work.units.size());
     AddSecurity(comparison, steps);
-    Append(steps, std::move(work.removals));
-    Turns turns(work, comparison, places, fresh, steps);
-    for (size_t now = 0; now < comparison.now().size(); ++now) {
-        if (work.UnitOf(now) != kNone) {
-            turns.Take(work.UnitOf(now));
-        }
-    }
-    if (crowd) {
-        Append(steps, crowd->LastSteps());
-    }
+    std::ranges::move(work.removals, std::back_inserter(steps));
+    Turns(work, comparison, steps).Take();
     return steps;
 }

@@ -92,14 +92,14 @@ static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy
     return WhatDiffers(Comparison(copy, now));
 }
 
-Script UntriedScript(const Comparison& comparison, Crowding crowding) {
+Script UntriedScript(const Comparison& comparison) {
     Script script;
     if (comparison.IsEqual()) {
         return script;
     }
     Work work(comparison);
     if (work.obstacles.empty()) {
-        script.steps = InOrder(work, comparison, crowding);
+        script.steps = InOrder(work, comparison);
     }
     script.obstacles = std::move(work.obstacles);
     if (script.steps.empty() && script.obstacles.empty()) {
@@ -109,7 +109,7 @@ Script UntriedScript(const Comparison& comparison, Crowding crowding) {
 }
 
 Script ScriptFromTo(const Inventory& before, const Inventory& now) {
-    Script script = UntriedScript(Comparison(before, now), Crowding::kAllowed);
+    Script script = UntriedScript(Comparison(before, now));
     if (!script.steps.empty()) {
         Inventory copy;
         copy.Tree() = before.Tree().Copy();

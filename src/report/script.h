@@ -30,7 +30,7 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now);
 
 // The same for who runs the script at once, and compares the result: nothing has been run yet, so a
 // step may be refused.
-Script UntriedScript(const Comparison& comparison, Crowding crowding);
+Script UntriedScript(const Comparison& comparison);
 
 // That of a new map, without platforms and consoles.
 Inventory NewInventory();

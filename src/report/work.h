@@ -16,9 +16,6 @@ struct Step {
     std::string document;  // what -update cache reads
 };
 
-// Whether a port may come to be in use twice at a platform, by the one way that commands leave.
-enum class Crowding { kAllowed, kRefused };
-
 // Why no commands lead from one inventory to another: what none can make, what would be lost, or
 // which one is refused.
 struct Obstacle {
