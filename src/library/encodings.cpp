@@ -155,6 +155,10 @@ XMLTranscoder* ICUTransService::makeNewXMLTranscoder(const XMLCh* name, Codes& r
 XMLLCPTranscoder* ICUTransService::makeNewLCPTranscoder(MemoryManager* manager) {
     gMappingsRecognizer->setElementAt(new ENameMapFor<Utf8Decoder>(XMLUni::fgUTF8EncodingString),
                                       XMLRecognizer::UTF_8);
+    // The first is also the name that a document without a declaration is read by.
+    for (const XMLCh* name : {XMLUni::fgUTF8EncodingString, XMLUni::fgUTF8EncodingString2}) {
+        addEncoding(name, new ENameMapFor<Utf8Decoder>(name));
+    }
     return new (manager) OwnText;
 }
 
