@@ -5,7 +5,8 @@
 #include <xercesc/util/PlatformUtils.hpp>
 
 #include "commands/actions.h"
-#include "report/script.h"
+#include "plan/script.h"
+#include "report/difference_form.h"
 #include "xml/rvt_xml_parser.h"
 #include "xml/rvt_xml_writer.h"
 
@@ -19,7 +20,7 @@ static void Read(const std::string& text, Inventory& inventory) {
 static std::string Printed(const Inventory& before, const Inventory& now, Form form) {
     std::string text;
     Output out(text);
-    PrintDifferences(Comparison(before, now).Differences(), form, out);
+    PrintDifferences(Comparison(OutlineOf(before), OutlineOf(now)).Differences(), form, out);
     EXPECT_TRUE(out.Flush());
     return text;
 }
@@ -105,7 +106,7 @@ static std::string ScriptText(const std::string& from, const std::string& to) {
     Inventory before, now;
     Read(MapText(from, kAttributes), before);
     Read(MapText(to, kAttributes), now);
-    const Script script = ScriptFromTo(before, now);
+    const Script script = ScriptFromTo(before, OutlineOf(now));
     std::string text;
     Output out(text);
     PrintScript(script, out);
@@ -179,7 +180,7 @@ TEST(Script, LeadsFromOneInventoryToTheOther) {
         Read(from, before);
         Read(to, now);
         SCOPED_TRACE(from + to + Printed(before, now, Form::kText));
-        const Script script = ScriptFromTo(before, now);
+        const Script script = ScriptFromTo(before, OutlineOf(now));
         EXPECT_TRUE(script.obstacles.empty()) << script.obstacles.front().text;
         std::string lines;
         Output out(lines);

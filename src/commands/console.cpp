@@ -131,12 +131,11 @@ Outcome HandleConsolePortChange(const RVT_Node& console, const std::string& old_
                        old_port.c_str());
     }
     const std::string old_id = attribute->GetValue();
-    const size_t colon = old_id.find(':');
-    if (colon == std::string::npos || old_id.substr(colon + 1) != old_port) {
+    if (!EndsInPort(old_id, old_port)) {
         return Failure(ExitCode::kIncompleteMap, "Console with port %s has bad ID attribute.",
                        old_port.c_str());
     }
-    const std::string new_id = ConsoleID(old_id.substr(0, colon), new_port);
+    const std::string new_id = ConsoleID(old_id.substr(0, old_id.find(':')), new_port);
     attribute->SetValue(new_id);
     UpdateIDsOfChildren(console, old_id, new_id);
     return {};

@@ -1,12 +1,12 @@
 #include "daemonconf/kfxconf.h"
 
+#include <algorithm>
 #include <optional>
 #include <string>
 
 #include "base/paths.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
-#include "xml/walk.h"
 
 using enum Property;
 
@@ -54,65 +54,45 @@ constexpr auto kColumns = std::to_array<Column>({
 });
 static_assert(kColumns.size() == std::tuple_size_v<KfxConfLine>);
 
-Owner OwnerOf(const RVT_Node& element) {
-    return element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
-}
-
-// The first property, in the order of the table, that is missing among those that an owner has.
-std::optional<Property> FirstMissing(Owner owner, const PropertyValues& values) {
+// The first property, in the order of the table, that an element lacks for its line. Nobody looks
+// at the address of a console that is inside something.
+std::optional<Property> FirstMissing(const Element& element) {
     std::optional<Property> missing;
-    for (const Column& column : kColumns) {
-        if (Has(owner, column.property) && !values.Has(column.property) &&
-            (!missing || column.property < *missing)) {
-            missing = column.property;
+    for (const auto& [property, source, otherwise, when_empty, behind] : kColumns) {
+        const bool is_lacking = !element.values.Has(property) && Has(element.owner, property) &&
+                                (property != kAddress || element.parent == nullptr);
+        if (is_lacking && (!missing || property < *missing)) {
+            missing = property;
         }
     }
     return missing;
 }
 
 // A switch is 1 or 0.
-std::string_view FieldOf(const PropertyValues& values, Property property) {
-    if (RowOf(property).kind == ValueKind::kSwitch) {
-        return values[property] == switch_on ? "1" : "0";
+std::string_view FieldOf(const Element& element, const Column& column) {
+    const bool is_own = column.source == kElement || element.parent == nullptr;
+    const Element& source = is_own ? element : *element.parent;
+    if (source.owner == Owner::kConsole && column.source == kPlatform) {
+        return column.property == kName ? source.values[kAddress] : column.otherwise;
     }
-    return values[property];
-}
-
-std::string_view TopLevelField(const PropertyValues& values, Owner owner, const Column& column) {
-    if (owner == Owner::kConsole && column.source == kPlatform) {
-        return column.property == kName ? values[kAddress] : column.otherwise;
+    const std::string_view value = source.values[column.property];
+    if (RowOf(column.property).kind == ValueKind::kSwitch) {
+        return value == switch_on ? "1" : "0";
     }
-    return Has(owner, column.property) ? FieldOf(values, column.property) : column.otherwise;
+    return source.values.Has(column.property) ? value : column.otherwise;
 }
 
 }  // namespace
 
-Result<KfxConfLine> GetKfxConfData(const RVT_Node& element) {
-    const Owner owner = OwnerOf(element);
-    const PropertyValues values = GetPropertyValues(element, owner);
-    if (const auto missing = FirstMissing(owner, values)) {
-        return Outcome(ExitCode::kIncompleteMap, PropertyMissing(element, *missing).message());
+Result<KfxConfLine> GetKfxConfData(const Element& element) {
+    if (const auto missing = FirstMissing(element)) {
+        return Outcome(ExitCode::kIncompleteMap,
+                       PropertyMissing(*element.node, *missing).message());
     }
     KfxConfLine line;
-    for (size_t i = 0; i < line.size(); ++i) {
-        line[i] = TopLevelField(values, owner, kColumns[i]);
-    }
+    std::ranges::transform(kColumns, line.begin(),
+                           [&element](const Column& column) { return FieldOf(element, column); });
     return line;
-}
-
-bool GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line) {
-    PropertyValues values = GetPropertyValues(console, Owner::kConsole);
-    // Its own address is not looked at.
-    values[kAddress] = "";
-    if (FirstMissing(Owner::kConsole, values)) {
-        return false;
-    }
-    for (size_t i = 0; i < line.size(); ++i) {
-        if (kColumns[i].source == kElement) {
-            line[i] = FieldOf(values, kColumns[i].property);
-        }
-    }
-    return true;
 }
 
 Outcome WriteFields(Output& out, const KfxConfLine& line) {
@@ -126,63 +106,24 @@ Outcome WriteFields(Output& out, const KfxConfLine& line) {
                : Outcome();
 }
 
-namespace {
-
-// Puts the lines that are wanted and notes whether there were any.
-class Selection {
-  public:
-    Selection(Output& out, std::string_view name) : out_(out), name_(name) {}
-
-    Outcome Put(const KfxConfLine& line) {
-        if (!name_.empty() && line.front() != name_) {
-            return {};
-        }
-        matched_ = true;
-        return WriteFields(out_, line);
-    }
-    [[nodiscard]] bool LacksMatch() const { return !name_.empty() && !matched_; }
-
-  private:
-    Output& out_;
-    std::string_view name_;
-    bool matched_ = false;
-};
-
-}  // namespace
-
-// The line of a top-level element and those of the consoles inside it.
-static Outcome PutElement(const RVT_Node& element, Selection& selection) {
-    const Result<KfxConfLine> line = GetKfxConfData(element);
-    if (!line.ok()) {
-        return line.outcome();
-    }
-    if (Outcome outcome = selection.Put(*line); !outcome.ok()) {
-        return outcome;
-    }
-    for (const RVT_Node& console : LiveElements(element, tag::Console)) {
-        KfxConfLine console_line = *line;
-        if (!GetKfxConfConsoleData(console, console_line)) {
-            continue;
-        }
-        if (Outcome outcome = selection.Put(console_line); !outcome.ok()) {
-            return outcome;
-        }
-    }
-    return {};
-}
-
 Outcome WriteKfxConf(Output& out, const Inventory& inventory, std::string_view name) {
     const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
     if (!map.ok()) {
         return map.outcome();
     }
-    Selection selection(out, name);
-    for (const RVT_Node& element : LiveElements(**map, tag::Platform, tag::Console)) {
-        if (Outcome outcome = PutElement(element, selection); !outcome.ok()) {
-            return outcome;
+    bool has_line = name.empty();
+    Outcome outcome = VisitElements(**map, [&](const Element& element) {
+        const Result<KfxConfLine> line = GetKfxConfData(element);
+        if (!line.ok()) {
+            return element.parent == nullptr ? line.outcome() : Outcome();
         }
-    }
-    return selection.LacksMatch() ? Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
-                                            std::string(name).c_str())
-                                  : Outcome();
+        if (!name.empty() && line->front() != name) {
+            return Outcome();
+        }
+        has_line = true;
+        return WriteFields(out, *line);
+    });
+    return !outcome.ok() || has_line ? outcome
+                                     : Failure(ExitCode::kLookupFailed, "Console \"%s\" not found.",
+                                               std::string(name).c_str());
 }

@@ -14,6 +14,7 @@
 
 #include "base/outcome.h"
 #include "base/output.h"
+#include "model/element.h"
 #include "model/inventory.h"
 
 // Puts the lines of the map, or with a "name" those of the platforms and consoles of that name,
@@ -27,13 +28,9 @@ Outcome WriteKfxConf(Output& out, const Inventory& inventory, std::string_view n
 // The values of a line, in the order of its fields.
 using KfxConfLine = std::array<std::string_view, 17>;
 
-// The line of a platform or standalone console. kIncompleteMap with the lookup's message at the
-// first property that is missing.
-Result<KfxConfLine> GetKfxConfData(const RVT_Node& element);
-
-// Makes of "line", which is that of the element around the console, the console's own. False, with
-// the line as it was, when a property is missing.
-bool GetKfxConfConsoleData(const RVT_Node& console, KfxConfLine& line);
+// The line of an element of a map. kIncompleteMap with the lookup's message at the first property
+// that is missing.
+Result<KfxConfLine> GetKfxConfData(const Element& element);
 
 // Puts one line. kWriteFailed as WriteKfxConf.
 Outcome WriteFields(Output& out, const KfxConfLine& line);

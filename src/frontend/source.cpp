@@ -11,8 +11,7 @@
 #include "base/calls.h"
 #include "base/paths.h"
 #include "base/text.h"
-#include "report/completion.h"
-#include "report/script.h"
+#include "inventory/completion.h"
 #include "xml/rvt_xml_parser.h"
 
 std::string NameOf(const std::string& path) {
@@ -54,6 +53,7 @@ Outcome ReadDocument(Source& source) {
                    ? outcome
                    : std::move(outcome).WithCause({source.Name(), "elements are nested too deep"});
     }
+    source.outline = OutlineOf(source.inventory);
     Outcome outcome = source.inventory.NeedSystemMap(ExitCode::kIncompleteMap).outcome();
     const std::string message = outcome.message();
     return outcome.ok() ? outcome : std::move(outcome).WithCause({source.Name(), message});
@@ -62,7 +62,7 @@ Outcome ReadDocument(Source& source) {
 }  // namespace
 
 Result<Source> ReadSource(const std::string& path) {
-    Source source{path, {}, {}, {}};
+    Source source{path, {}, {}, {}, {}};
     const FileDescriptor file = OpenNamed(path);
     if (!file.IsOpen()) {
         return WrongAt(source.Name(), strerror(errno), ExitCode::kNotWellFormed);
@@ -83,14 +83,12 @@ Result<Source> ReadSource(const std::string& path) {
     return said.ok() ? Result(std::move(source)) : said.outcome();
 }
 
-Outcome Complete(Source& source, const Inventory& present) {
+Outcome Complete(Source& source, const Outline& present) {
     if (!source.said) {
         return {};
     }
-    Result<Inventory> completed = Completed(*source.said, present, false);
-    if (completed.ok()) {
-        source.inventory = std::move(*completed);
-    }
+    const Result<Outline> completed = Completed(*source.said, present, false);
+    source.outline = completed.ok() ? *completed : source.outline;
     return completed.outcome();
 }
 
@@ -99,6 +97,6 @@ Result<Source> ReadMap(const std::string& path) {
     if (!source.ok()) {
         return source;
     }
-    Outcome outcome = Complete(*source, NewInventory());
+    Outcome outcome = Complete(*source, OutlineOf(NewInventory()));
     return outcome.ok() ? std::move(source) : outcome;
 }

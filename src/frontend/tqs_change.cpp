@@ -15,9 +15,9 @@
 #include "commands/parse_command.h"
 #include "frontend/source.h"
 #include "frontend/tqs_commands.h"
-#include "report/completion.h"
-#include "report/difference.h"
-#include "report/script.h"
+#include "inventory/completion.h"
+#include "plan/script.h"
+#include "report/difference_form.h"
 
 namespace {
 
@@ -79,7 +79,8 @@ Outcome PrintTrial(const RVT_XML_Tree& before, const Inventory& now) {
     Inventory present;
     present.Tree() = before;
     Output out(STDOUT_FILENO);
-    PrintDifferences(Comparison(present, now).Differences(), Form::kText, out);
+    PrintDifferences(Comparison(OutlineOf(present), OutlineOf(now)).Differences(), Form::kText,
+                     out);
     return Delivered(out);
 }
 
@@ -168,17 +169,16 @@ void Tell(Plan& plan, const std::string& place, const std::string& text) {
     ComplainOnOneLine(place + ": " + text);
 }
 
-// What the map shall be. A failure with a place has been told.
-Outcome Complete(Source& source, const Inventory& present, bool keep, Plan& plan) {
+// What the map shall be. A failure with a position has been told.
+Outcome Complete(Source& source, const Outline& present, bool keep, Plan& plan) {
+    plan.said = source.said ? std::move(*source.said) : FileOf(source.outline, source.Name());
     if (!source.said && !keep) {
-        plan.now = OutlineOf(source.inventory);
-        plan.said = FileOf(source.inventory, source.Name());
+        plan.now = source.outline;
         return {};
     }
-    plan.said = source.said ? std::move(*source.said) : FileOf(source.inventory, source.Name());
-    Result<Outline> completed = CompletedOutline(plan.said, present, keep);
+    const Result<Outline> completed = Completed(plan.said, present, keep);
     if (completed.ok()) {
-        plan.now = std::move(*completed);
+        plan.now = *completed;
     } else if (const auto& cause = completed.outcome().cause(); cause) {
         Tell(plan, cause->place, cause->text);
     }
@@ -199,7 +199,7 @@ Outcome Refused(Plan& plan, std::vector<Obstacle> obstacles) {
     });
     for (Obstacle& obstacle : obstacles) {
         const Row* row = row_of(obstacle);
-        const std::string place = row == nullptr ? plan.said.name : PlaceOf(plan.said, *row);
+        const std::string place = row == nullptr ? plan.said.name : PositionOf(plan.said, *row);
         obstacle.text.insert(0, row == nullptr ? obstacle.subject + ": " : "");
         Tell(plan, place, obstacle.text);
     }
@@ -225,12 +225,13 @@ Outcome WhyNotThere(const Comparison& comparison, const std::string& name) {
 }
 
 // Plans the steps to what the source says.
-Outcome FindSteps(Source& source, const Inventory& present, bool keep, Plan& plan) {
+Outcome FindSteps(Source& source, const Inventory& inventory, bool keep, Plan& plan) {
+    const Outline present = OutlineOf(inventory);
     Outcome outcome = Complete(source, present, keep, plan);
     if (!outcome.ok()) {
         return outcome;
     }
-    plan.script = UntriedScript(Comparison(OutlineOf(present), plan.now));
+    plan.script = UntriedScript(Comparison(present, plan.now));
     return plan.script.obstacles.empty() ? outcome : Refused(plan, plan.script.obstacles);
 }
 

@@ -15,10 +15,10 @@
 #include "base/paths.h"
 #include "base/text.h"
 #include "frontend/source.h"
+#include "inventory/completion.h"
+#include "plan/script.h"
 #include "report/check.h"
-#include "report/completion.h"
-#include "report/difference.h"
-#include "report/script.h"
+#include "report/difference_form.h"
 #include "run/kfxconf_file.h"
 #include "xml/rvt_xml_parser.h"
 
@@ -46,15 +46,12 @@ Result<int> ListItems(const std::string& map, Listing listing) {
     }
     listing.columns = TerminalColumns();
     Output out(STDOUT_FILENO);
-    const Result<std::vector<std::string>> complaints = List(source->inventory, listing, out);
-    if (!complaints.ok()) {
-        return complaints.outcome();
-    }
+    const std::vector<std::string> complaints = List(source->outline, listing, out);
     if (Outcome outcome = Delivered(out); !outcome.ok()) {
         return outcome;
     }
-    std::ranges::for_each(*complaints, ComplainOnOneLine);
-    return complaints->empty() ? 0 : 1;
+    std::ranges::for_each(complaints, ComplainOnOneLine);
+    return complaints.empty() ? 0 : 1;
 }
 
 namespace {
@@ -110,11 +107,16 @@ bool IsKfxConfRightByAndBy(const Inventory& inventory) {
     return is_right;
 }
 
-// Where the start tags stand: in their lines or, in JSON, with a name; none when the map can no
-// longer be read.
-std::vector<std::string> PlacesIn(const Source& source) {
+// The positions that findings give: of a map, the lines of its start tags; of another inventory,
+// the names of its elements or, in CSV, their lines. None when the map can no longer be read.
+std::vector<std::string> PositionsIn(const Source& source) {
     if (source.said) {
-        return PlacesOfStartTags(*source.said, source.inventory);
+        const auto rows = RowsBySubject(*source.said);
+        std::vector<std::string> positions = {source.said->is_csv ? "1" : "security"};
+        for (const Element* element : source.outline.elements) {
+            positions.push_back(PositionIn(*source.said, *rows.at(Label(*element))));
+        }
+        return positions;
     }
     std::string text = source.text;
     if (text.empty() && source.path != "-") {
@@ -122,27 +124,27 @@ std::vector<std::string> PlacesIn(const Source& source) {
         static_cast<void>(file.IsOpen() && ReadToEnd(file.get(), text));
     }
     const Result<std::vector<size_t>> lines = LinesOfStartTags(text, source.Name());
-    std::vector<std::string> places;
+    std::vector<std::string> positions = {"?"};
     for (const size_t line : lines.ok() ? *lines : std::vector<size_t>()) {
-        places.push_back(std::to_string(line));
+        positions.push_back(std::to_string(line));
     }
-    return places;
+    return positions;
 }
 
 // map.xml:214: error: console db2: port 2003 is in use at 10.1.1.5 by db1 (line 87)
 void PutFindings(const Source& source, const std::vector<Finding>& findings, Output& out) {
-    const std::vector<std::string> places =
-        findings.empty() ? std::vector<std::string>() : PlacesIn(source);
-    const auto place_of = [&places](size_t element) {
-        return element == 0 || element > places.size() ? "?" : places[element - 1];
+    const std::vector<std::string> positions =
+        findings.empty() ? std::vector<std::string>() : PositionsIn(source);
+    const auto text_of = [&positions](size_t position) {
+        return position < positions.size() ? positions[position] : "?";
     };
     const bool has_lines = !source.said || source.said->is_csv;
     for (const Finding& finding : findings) {
-        out.Put(source.Name() + ":" + place_of(finding.element));
+        out.Put(source.Name() + ":" + text_of(finding.position));
         out.Put(finding.is_error ? ": error: " : ": warning: ");
         out.Put(OneLine(finding.text));
         out.Put(finding.earlier == 0 || !has_lines ? "\n"
-                                                   : " (line " + place_of(finding.earlier) + ")\n");
+                                                   : " (line " + text_of(finding.earlier) + ")\n");
     }
 }
 
@@ -154,7 +156,7 @@ Result<int> CheckMap(const std::string& map) {
         return source.outcome();
     }
     std::vector<Finding> findings =
-        Check(source->inventory, source->said ? Says::kSome : Says::kAll);
+        Check(source->outline, source->said ? nullptr : &source->inventory.Tree());
     if (map != "-" && IsSameFile(map, paths::kSystemMap) &&
         !IsKfxConfRightByAndBy(source->inventory)) {
         findings.insert(findings.begin(),
@@ -185,11 +187,11 @@ static Result<int> Deliver(const Script& script, int status) {
 
 // Gives two sources their inventories; where both are files, each says what the other does not.
 static Outcome CompleteBoth(Source& one, Source& other) {
-    Outcome outcome = one.said ? Complete(other, NewInventory()) : Outcome();
+    Outcome outcome = one.said ? Complete(other, OutlineOf(NewInventory())) : Outcome();
     if (outcome.ok()) {
-        outcome = Complete(one, other.inventory);
+        outcome = Complete(one, other.outline);
     }
-    return outcome.ok() ? Complete(other, one.inventory) : outcome;
+    return outcome.ok() ? Complete(other, one.outline) : outcome;
 }
 
 Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm form) {
@@ -208,10 +210,11 @@ Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm
         return outcome;
     }
     if (form == DiffForm::kCommands) {
-        return Deliver(ScriptFromTo(one->inventory, other->inventory), 1);
+        const Inventory& present = one->said ? InventoryOf(one->outline) : one->inventory;
+        return Deliver(ScriptFromTo(present, other->outline), 1);
     }
     const std::vector<Difference> differences =
-        Comparison(one->inventory, other->inventory).Differences();
+        Comparison(one->outline, other->outline).Differences();
     Output out(STDOUT_FILENO);
     PrintDifferences(differences, form == DiffForm::kJson ? Form::kJson : Form::kText, out);
     Outcome outcome = Delivered(out);
@@ -220,5 +223,6 @@ Result<int> DiffMaps(const std::string& before, const std::string& now, DiffForm
 
 Result<int> ExportMap(const std::string& map) {
     const Result<Source> source = ReadMap(map);
-    return source.ok() ? Deliver(ExportScript(source->inventory), 0) : source.outcome();
+    return source.ok() ? Deliver(ScriptFromTo(NewInventory(), source->outline), 0)
+                       : source.outcome();
 }

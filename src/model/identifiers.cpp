@@ -46,6 +46,11 @@ std::string PropertyMapID(std::string_view owner) {
     return std::string(owner) + ".pmap";
 }
 
+bool EndsInPort(std::string_view id, std::string_view port) {
+    const size_t colon = id.find(':');
+    return colon != std::string_view::npos && id.substr(colon + 1) == port;
+}
+
 std::string ReplaceID(std::string_view id, std::string_view from, std::string_view to) {
     if (!id.starts_with(from)) {
         return std::string(id);

@@ -28,6 +28,10 @@ Result<std::string_view> ReadID(const RVT_Node& element);
 std::string ConsoleID(std::string_view owner, std::string_view port);
 std::string PropertyMapID(std::string_view owner);
 
+// Whether the identifier of a console at "port" can follow it to another: the port is what is
+// behind the first ":".
+bool EndsInPort(std::string_view id, std::string_view port);
+
 // "id" with "from" at its start replaced by "to"; without it there, "id" as it is.
 std::string ReplaceID(std::string_view id, std::string_view from, std::string_view to);
 

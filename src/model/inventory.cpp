@@ -268,3 +268,13 @@ void Inventory::Remove(RVT_Node& node, RVT_Node* platform) {
     node.SetName("");
     removed_.push_back({&node, platform});
 }
+
+Inventory NewInventory() {
+    RVT_Node* map = RVT_Node::Create(RVT_ELEMENT);
+    map->SetName(tag::SystemMap);
+    SetAttributes(
+        *map, {{serial_tag, "1"}, {security_tag, switch_off}, {version_tag, systemmap_version}});
+    Inventory inventory;
+    inventory.Tree().AddChild(map);
+    return inventory;
+}

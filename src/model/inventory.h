@@ -108,3 +108,6 @@ class Inventory {
     size_t traces_ = 0;          // so many of them are to leave no trace,
     size_t next_drop_ = 16;      // and so many are worth a walk
 };
+
+// The inventory of a new map, without platforms and consoles.
+Inventory NewInventory();

@@ -56,3 +56,14 @@ bool Has(Owner owner, Property property) {
     const auto properties = PropertiesOf(owner);
     return std::ranges::find(properties, property) != properties.end();
 }
+
+size_t PropertyValues::Count() const {
+    return static_cast<size_t>(std::ranges::count_if(
+        texts_, [](std::string_view text) { return text.data() != nullptr; }));
+}
+
+bool PropertyValues::operator==(const PropertyValues& other) const {
+    return std::ranges::equal(texts_, other.texts_, [](std::string_view a, std::string_view b) {
+        return (a.data() == nullptr) == (b.data() == nullptr) && a == b;
+    });
+}

@@ -72,6 +72,10 @@ class PropertyValues {
     const std::string_view& operator[](Property property) const {
         return texts_[static_cast<size_t>(property)];
     }
+    // How many properties have a text.
+    [[nodiscard]] size_t Count() const;
+    // Whether the same properties have the same texts.
+    bool operator==(const PropertyValues& other) const;
 
   private:
     std::array<std::string_view, kPropertyCount> texts_;

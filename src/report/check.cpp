@@ -1,116 +1,98 @@
 #include "report/check.h"
 
 #include <algorithm>
+#include <array>
 #include <map>
+#include <tuple>
 #include <unordered_map>
 
+#include "base/quoted.h"
 #include "base/text.h"
 #include "model/checks.h"
 #include "model/identifiers.h"
 #include "model/lookups.h"
 #include "model/validation.h"
 #include "model/vocabulary.h"
-#include "report/content.h"
 #include "xml/rvt_xml_writer.h"
 #include "xml/walk.h"
 
 namespace {
 
-// One platform or console that is looked at, and what is around it.
-struct Subject {
-    const RVT_Node& element;
-    Owner owner;
-    const Subject* around;  // the platform, or standalone console, that a console is inside of
-    PropertyValues values;
-    const RVT_Node* property_map;
-
-    [[nodiscard]] bool IsInPlatform() const {
-        return around != nullptr && around->owner == Owner::kPlatform;
-    }
-    // Of a console inside another element that one's.
-    [[nodiscard]] std::string_view Address() const {
-        return (around == nullptr ? values : around->values)[Property::kAddress];
-    }
-    [[nodiscard]] std::string Name() const {
-        const char* const kind = owner == Owner::kPlatform ? "platform " : "console ";
-        const RVT_Node* id = FindAttribute(element, kIDId);
-        static constexpr size_t kLongest = 200;
-        return kind + Printable(values.Has(Property::kName) ? values[Property::kName]
-                                : id != nullptr             ? id->GetValue()
-                                                            : "without a name",
-                                kLongest);
-    }
+// Where something is wrong: a start tag in a map or, without one, a property of an element.
+struct Spot {
+    const Element* element = nullptr;  // null for the map itself
+    const RVT_Node* tag = nullptr;     // null where there is no map
+    size_t property = 0;               // its place among those of the element, from 1; 0 for none
 };
 
-// Who uses something that may be used once, and the start tag that says so.
-struct User {
-    std::string name;
-    const RVT_Node* tag;
-    bool is_platform;
-};
+std::string NameOf(const Element& element) {
+    static constexpr size_t kLongest = 200;
+    std::string_view name = "without a name";
+    if (element.values.Has(Property::kName)) {
+        name = element.Name();
+    } else if (element.id.data() != nullptr) {
+        name = element.id;
+    }
+    return std::string(KindOf(element.owner)) + ' ' + Printable(name, kLongest);
+}
+
+// The spot of a property, or of the element that lacks it.
+Spot SpotOf(const Element& element, Property property) {
+    const auto properties = PropertiesOf(element.owner);
+    Spot spot = {&element, element.node};
+    const RVT_Node* map = element.node == nullptr ? nullptr : FindPropertyMap(*element.node);
+    const RVT_Node* tag = map == nullptr ? nullptr : FindProperty(*map, RowOf(property).name);
+    spot.tag = tag != nullptr ? tag : spot.tag;
+    spot.property =
+        1 + static_cast<size_t>(std::ranges::find(properties, property) - properties.begin());
+    return spot;
+}
 
 class Checker {
   public:
-    Checker(const RVT_Node& map, Says says) : map_(map), says_(says) {}
-
-    void Run() {
+    Checker(const Outline& outline, bool says_all)
+        : map_(*outline.map), root_{nullptr, outline.map}, says_all_(says_all) {
         CheckMap();
-        for (const RVT_Node& element : LiveElements(map_, tag::Platform, tag::Console)) {
-            const Subject subject = SubjectOf(element, nullptr);
-            CheckElement(subject);
-            for (const RVT_Node& console : LiveElements(element, tag::Console)) {
-                CheckElement(SubjectOf(console, &subject));
-            }
+        for (const Element* element : outline.elements) {
+            CheckElement(*element);
         }
     }
 
-    // What was found, with the tags that it is about.
+    // What was found, and where.
     struct Note {
-        const RVT_Node* tag;
-        const RVT_Node* earlier;
+        Spot spot;
+        Spot earlier;  // of nothing where "text" mentions no other
         bool is_error;
         std::string text;
     };
     std::vector<Note> notes;
 
   private:
-    static Subject SubjectOf(const RVT_Node& element, const Subject* around) {
-        const Owner owner = element.IsName(tag::Platform) ? Owner::kPlatform : Owner::kConsole;
-        return {element, owner, around, GetPropertyValues(element, owner),
-                FindPropertyMap(element)};
+    void Put(const Spot& spot, bool is_error, std::string text, const Spot& earlier = {}) {
+        notes.push_back({spot, earlier, is_error, std::move(text)});
     }
-
-    void Error(const RVT_Node& tag, std::string text, const RVT_Node* earlier = nullptr) {
-        notes.push_back({&tag, earlier, true, std::move(text)});
+    // An error in an element.
+    void Error(const Spot& spot, const std::string& text, const Spot& earlier = {}) {
+        Put(spot, true, NameOf(*spot.element) + ": " + text, earlier);
     }
-    void Warning(const RVT_Node& tag, std::string text, const RVT_Node* earlier = nullptr) {
-        notes.push_back({&tag, earlier, false, std::move(text)});
-    }
-    void ErrorIfNot(const Outcome& outcome, const RVT_Node& tag, const std::string& subject) {
+    void ErrorIfNot(const Outcome& outcome, const Spot& spot) {
         if (!outcome.ok()) {
             std::string text = outcome.message();
             std::ranges::replace(text, '\n', ' ');
-            Error(tag, subject + ": " + text);
+            Put(spot, true,
+                (spot.element == nullptr ? "map" : NameOf(*spot.element)) + ": " + text);
         }
-    }
-
-    // The start tag of a property, or of the element that lacks it.
-    static const RVT_Node& TagOf(const Subject& subject, Property property) {
-        const RVT_Node* found = subject.property_map == nullptr
-                                    ? nullptr
-                                    : FindProperty(*subject.property_map, RowOf(property).name);
-        return found == nullptr ? subject.element : *found;
     }
 
     void CheckMap() {
         const Result<long> serial = ReadSerial(map_);
-        ErrorIfNot(serial.outcome(), map_, "map");
+        ErrorIfNot(serial.outcome(), root_);
         const auto expect = [this](std::string_view name, auto is_right) {
             const Result<RVT_Node*> attribute = FindMapAttribute(map_, name);
-            ErrorIfNot(attribute.outcome(), map_, "map");
+            ErrorIfNot(attribute.outcome(), root_);
             if (attribute.ok() && !is_right(std::string_view((*attribute)->GetValue()))) {
-                Error(map_,
-                      "map: " + std::string(name) + " is \"" + (*attribute)->GetValue() + "\"");
+                Put(root_, true,
+                    "map: " + std::string(name) + " is \"" + (*attribute)->GetValue() + "\"");
             }
         };
         expect(security_tag, [](std::string_view v) { return v == switch_on || v == switch_off; });
@@ -118,72 +100,79 @@ class Checker {
         serial_ = serial.ok() ? *serial : 0;
     }
 
-    void CheckElement(const Subject& subject) {
-        if (says_ == Says::kAll) {
-            CheckID(subject);
+    void CheckElement(const Element& element) {
+        const RVT_Node* map = element.node == nullptr ? nullptr : FindPropertyMap(*element.node);
+        if (says_all_) {
+            CheckID(element, map);
         }
-        if (subject.property_map == nullptr) {
-            Error(subject.element, subject.Name() + ": no property map");
+        if (element.node != nullptr && map == nullptr) {
+            Error({&element, element.node}, "no property map");
             return;
         }
-        CheckPropertyMaps(subject);
-        for (const Property property : PropertiesOf(subject.owner)) {
-            CheckValue(subject, property);
+        if (map != nullptr) {
+            CheckPropertyMaps(element, *map);
         }
-        CheckTogether(subject);
-        CheckUses(subject);
+        for (const Property property : PropertiesOf(element.owner)) {
+            CheckValue(element, property);
+        }
+        CheckTogether(element);
+        CheckUses(element);
     }
 
     // Each property once, and only those that the element has.
-    void CheckPropertyMaps(const Subject& subject) {
-        std::map<std::string_view, const RVT_Node*> seen;
-        for (const RVT_Node& map : LiveElements(subject.element, tag::PropertyMap)) {
-            if (&map != subject.property_map) {
-                Error(map, subject.Name() + ": a second property map", subject.property_map);
+    void CheckPropertyMaps(const Element& element, const RVT_Node& property_map) {
+        for (const RVT_Node& map : LiveElements(*element.node, tag::PropertyMap)) {
+            if (&map != &property_map) {
+                Error({&element, &map}, "a second property map", {&element, &property_map});
             }
         }
-        for (const RVT_Node& property : LiveElements(*subject.property_map, tag::Property)) {
+        const auto properties = PropertiesOf(element.owner);
+        std::array<const RVT_Node*, kPropertyCount> seen{};
+        for (const RVT_Node& property : LiveElements(property_map, tag::Property)) {
             const RVT_Node* called = FindAttribute(property, kNameId);
             const std::string_view name = called == nullptr ? "" : called->GetValue();
-            const auto [known, is_new] = seen.emplace(name, &property);
-            const std::string quoted = "property \"" + std::string(name) + "\"";
-            if (!IsOf(subject.owner, name)) {
-                Error(property, subject.Name() + ": " + quoted + " does not belong here");
-            } else if (!is_new) {
-                Error(property, subject.Name() + ": " + quoted + " twice", known->second);
+            const auto known =
+                std::ranges::find(properties, name, [](Property one) { return RowOf(one).name; });
+            if (known == properties.end()) {
+                Error({&element, &property},
+                      "property \"" + std::string(name) + "\" does not belong here");
+                continue;
+            }
+            const RVT_Node*& first = seen.at(static_cast<size_t>(*known));
+            if (first != nullptr) {
+                Error({&element, &property}, "property \"" + std::string(name) + "\" twice",
+                      {&element, first});
+            } else {
+                first = &property;
             }
         }
     }
-    static bool IsOf(Owner owner, std::string_view name) {
-        return std::ranges::any_of(PropertiesOf(owner), [name](Property property) {
-            return RowOf(property).name == name;
-        });
-    }
 
-    void CheckValue(const Subject& subject, Property property) {
-        if (!subject.values.Has(property)) {
-            if (says_ == Says::kAll) {
-                Error(TagOf(subject, property),
-                      subject.Name() + ": " + PropertyMissing(subject.element, property).message());
+    void CheckValue(const Element& element, Property property) {
+        const std::string_view value = element.values[property];
+        if (!element.values.Has(property)) {
+            if (says_all_) {
+                ErrorIfNot(PropertyMissing(*element.node, property), SpotOf(element, property));
             }
             return;
         }
-        const std::string_view value = subject.values[property];
-        const RVT_Node& tag = TagOf(subject, property);
         if (RowOf(property).kind == ValueKind::kSwitch) {
             if (value != switch_on && value != switch_off) {
-                Error(tag, subject.Name() + ": " + std::string(RowOf(property).name) + " is \"" +
-                               std::string(value) + "\", neither true nor false");
+                Error(SpotOf(element, property), std::string(RowOf(property).name) + " is \"" +
+                                                     std::string(value) +
+                                                     "\", neither true nor false");
             }
             return;
         }
         if (property == Property::kName && value.empty()) {
-            Error(tag, subject.Name() + ": the name is empty");
+            Error(SpotOf(element, property), "the name is empty");
         }
-        if (says_ != Says::kAll && !IsReadAsWritten(value)) {
-            Error(tag, subject.Name() + ": " + Shortened(value) + " would not be kept as it is");
+        if (!says_all_ && !IsReadAsWritten(value)) {
+            Error(SpotOf(element, property), Shortened(value) + " would not be kept as it is");
         }
-        ErrorIfNot(Verdict(subject.owner, property, value), tag, subject.Name());
+        if (const Outcome& outcome = Verdict(element.owner, property, value); !outcome.ok()) {
+            ErrorIfNot(outcome, SpotOf(element, property));
+        }
     }
 
     // Values recur, and a look into a reference file is dear.
@@ -196,190 +185,177 @@ class Checker {
     }
 
     // Rules on more than one value of an element.
-    void CheckTogether(const Subject& subject) {
-        const PropertyValues& values = subject.values;
-        const bool is_platform = subject.owner == Owner::kPlatform;
+    void CheckTogether(const Element& element) {
+        const PropertyValues& values = element.values;
+        const bool is_platform = element.owner == Owner::kPlatform;
         const Outcome switches =
             CheckEventsHaveLogging(values[Property::kLogging], values[Property::kEvents]);
         if (!switches.ok()) {
-            notes.push_back({&TagOf(subject, Property::kLogging), nullptr, !is_platform,
-                             subject.Name() + ": " + switches.message()});
+            Put(SpotOf(element, Property::kLogging), !is_platform,
+                NameOf(element) + ": " + switches.message());
         }
         if (is_platform && values.Has(Property::kFirstTsPort) &&
             values.Has(Property::kLastTsPort)) {
             ErrorIfNot(
                 CheckPortRange(values[Property::kFirstTsPort], values[Property::kLastTsPort]),
-                TagOf(subject, Property::kLastTsPort), subject.Name());
+                SpotOf(element, Property::kLastTsPort));
         }
-        if (subject.IsInPlatform() && values.Has(Property::kAddress) &&
-            values[Property::kAddress] != subject.Address()) {
-            Warning(TagOf(subject, Property::kAddress),
-                    subject.Name() + ": its address " + std::string(values[Property::kAddress]) +
-                        " is not its platform's, " + std::string(subject.Address()));
+        if (element.IsInPlatform() && values.Has(Property::kAddress) &&
+            values[Property::kAddress] != element.Address()) {
+            Put(SpotOf(element, Property::kAddress), false,
+                NameOf(element) + ": its address " + std::string(values[Property::kAddress]) +
+                    " is not its platform's, " + std::string(element.Address()));
         }
     }
 
     // Names, addresses and ports may be used once. What is inside a standalone console counts
     // nowhere.
-    void CheckUses(const Subject& subject) {
-        if (subject.around != nullptr && !subject.IsInPlatform()) {
+    void CheckUses(const Element& element) {
+        if (element.parent != nullptr && !element.IsInPlatform()) {
             return;
         }
-        if (subject.values.Has(Property::kName)) {
-            CheckName(subject);
+        if (element.values.Has(Property::kName)) {
+            CheckName(element);
         }
-        if (subject.Address().data() == nullptr) {
+        if (element.Address().data() == nullptr) {
             return;
         }
-        if (!subject.IsInPlatform()) {
-            CheckAddress(subject);
+        if (!element.IsInPlatform()) {
+            CheckAddress(element);
         }
-        if (subject.values.Has(Property::kPort)) {
-            CheckPort(subject);
+        if (element.values.Has(Property::kPort)) {
+            CheckPort(element);
         }
     }
-    void CheckName(const Subject& subject) {
-        const std::string name(subject.values[Property::kName]);
-        const RVT_Node& tag = TagOf(subject, Property::kName);
-        const auto [user, is_new] = names_.emplace(ToLower(name), UserOf(subject, tag));
+    void CheckName(const Element& element) {
+        const auto [user, is_new] = names_.emplace(ToLower(element.Name()), &element);
         if (!is_new) {
-            Error(tag, subject.Name() + ": the name is in use by " + user->second.name,
-                  user->second.tag);
+            PutUser(element, Property::kName, "the name", *user->second);
         }
     }
     // Platforms alone have an address for themselves.
-    void CheckAddress(const Subject& subject) {
-        const std::string address(subject.Address());
-        const RVT_Node& tag = TagOf(subject, Property::kAddress);
-        const bool is_platform = subject.owner == Owner::kPlatform;
-        std::vector<User>& users = addresses_[address];
-        const auto platform = std::ranges::find_if(users, &User::is_platform);
+    void CheckAddress(const Element& element) {
+        const std::string_view address = element.Address();
+        const bool is_platform = element.owner == Owner::kPlatform;
+        std::vector<const Element*>& users = addresses_[address];
+        const auto platform = std::ranges::find(users, Owner::kPlatform, &Element::owner);
         const auto other = is_platform && platform == users.end() ? users.begin() : platform;
         if (other != users.end()) {
-            notes.push_back(
-                {&tag, other->tag, is_platform && other->is_platform,
-                 subject.Name() + ": address " + address + " is in use by " + other->name});
+            PutUser(element, Property::kAddress, "address " + std::string(address), **other,
+                    is_platform && (*other)->owner == Owner::kPlatform);
         }
         if (users.empty() || is_platform) {
-            users.push_back(UserOf(subject, tag));
+            users.push_back(&element);
         }
     }
-    void CheckPort(const Subject& subject) {
-        const std::string address(subject.Address());
-        const std::string port(subject.values[Property::kPort]);
-        const RVT_Node& tag = TagOf(subject, Property::kPort);
-        const auto [user, is_new] = ports_.emplace(address + ' ' + port, UserOf(subject, tag));
+    void CheckPort(const Element& element) {
+        const std::string address(element.Address());
+        const std::string port(element.values[Property::kPort]);
+        const auto [user, is_new] = ports_.emplace(address + ' ' + port, &element);
         if (!is_new) {
-            Error(tag,
-                  subject.Name() + ": port " + port + " is in use at " + address + " by " +
-                      user->second.name,
-                  user->second.tag);
+            PutUser(element, Property::kPort, "port " + port, *user->second, true,
+                    " at " + address);
         }
     }
-    static User UserOf(const Subject& subject, const RVT_Node& tag) {
-        return {std::string(subject.values[Property::kName]), &tag,
-                subject.owner == Owner::kPlatform};
+    // That "what", a property's value, is in use by another element.
+    void PutUser(const Element& element, Property property, const std::string& what,
+                 const Element& user, bool is_error = true, const std::string& where = "") {
+        Put(SpotOf(element, property), is_error,
+            NameOf(element) + ": " + what + " is in use" + where + " by " +
+                std::string(user.Name()),
+            SpotOf(user, property));
     }
 
     // 7, 7:2003 of its console at port 2003, 12:2005 of a standalone one, each with its .pmap.
-    void CheckID(const Subject& subject) {
-        const Result<std::string_view> id = ReadID(subject.element);
-        if (!id.ok()) {
-            Error(subject.element, subject.Name() + ": no identifier");
+    void CheckID(const Element& element, const RVT_Node* property_map) {
+        const Spot spot = {&element, element.node};
+        if (element.id.data() == nullptr) {
+            Error(spot, "no identifier");
             return;
         }
-        const std::string text(*id);
-        const auto [user, is_new] = ids_.emplace(text, &subject.element);
+        const std::string id(element.id);
+        const auto [user, is_new] = ids_.emplace(element.id, &element);
         if (!is_new) {
-            Error(subject.element, subject.Name() + ": identifier " + text + " twice",
-                  user->second);
+            Error(spot, "identifier " + id + " twice", {user->second, user->second->node});
         }
-        if (!HasFormOfID(subject, text)) {
-            Error(subject.element, subject.Name() + ": identifier \"" + text +
-                                       "\" is not of its form, or not below the serial");
+        if (!HasFormOfID(element)) {
+            Error(spot, "identifier \"" + id + "\" is not of its form, or not below the serial");
         }
         const RVT_Node* map_id =
-            subject.property_map == nullptr ? nullptr : FindAttribute(*subject.property_map, kIDId);
-        if (subject.property_map != nullptr &&
-            (map_id == nullptr || !map_id->IsValue(PropertyMapID(text)))) {
-            Error(*subject.property_map,
-                  subject.Name() + ": the property map's identifier is not " + PropertyMapID(text));
+            property_map == nullptr ? nullptr : FindAttribute(*property_map, kIDId);
+        if (property_map != nullptr && (map_id == nullptr || !map_id->IsValue(PropertyMapID(id)))) {
+            Error({&element, property_map},
+                  "the property map's identifier is not " + PropertyMapID(id));
         }
     }
-    [[nodiscard]] bool HasFormOfID(const Subject& subject, const std::string& id) const {
-        if (subject.owner == Owner::kPlatform) {
-            return IsBelowSerial(id);
+    [[nodiscard]] bool HasFormOfID(const Element& element) const {
+        if (element.owner == Owner::kPlatform) {
+            return IsBelowSerial(element.id);
         }
-        const size_t colon = std::min(id.find(':'), id.size());
-        const std::string owner = id.substr(0, colon);
-        const bool has_port = !subject.values.Has(Property::kPort) ||
-                              id == ConsoleID(owner, subject.values[Property::kPort]);
-        if (subject.around == nullptr) {
+        const std::string_view owner = element.id.substr(0, element.id.find(':'));
+        const bool has_port = !element.values.Has(Property::kPort) ||
+                              element.id == ConsoleID(owner, element.values[Property::kPort]);
+        if (element.parent == nullptr) {
             return has_port && IsBelowSerial(owner);
         }
-        const Result<std::string_view> around = ReadID(subject.around->element);
-        return has_port && (!subject.IsInPlatform() || !around.ok() || owner == *around);
+        const std::string_view around = element.parent->id;
+        return has_port && (!element.IsInPlatform() || around.data() == nullptr || owner == around);
     }
-    [[nodiscard]] bool IsBelowSerial(const std::string& number) const {
+    [[nodiscard]] bool IsBelowSerial(std::string_view number) const {
         return IsValidPortNumber(number) &&
                (serial_ == 0 ||
-                (number.size() < 20 && strtol(number.c_str(), nullptr, 10) < serial_));
+                (number.size() < 20 && strtol(std::string(number).c_str(), nullptr, 10) < serial_));
     }
 
     const RVT_Node& map_;
-    Says says_;
+    const Spot root_;
+    bool says_all_;    // an inventory in a file has no identifiers, and may leave properties out
     long serial_ = 0;  // 0 when the map has none
     ReferenceFiles files_;
     std::map<std::pair<ValueKind, Owner>, std::unordered_map<std::string_view, Outcome>> verdicts_;
-    std::unordered_map<std::string, User> names_;
-    std::unordered_map<std::string, std::vector<User>> addresses_;
-    std::unordered_map<std::string, User> ports_;
-    std::unordered_map<std::string, const RVT_Node*> ids_;
+    // The first element that uses something.
+    std::unordered_map<std::string, const Element*> names_;
+    std::unordered_map<std::string, const Element*> ports_;
+    std::unordered_map<std::string_view, const Element*> ids_;
+    std::unordered_map<std::string_view, std::vector<const Element*>> addresses_;
 };
 
-// Numbers the start tags that notes are about.
-class Numbering {
-  public:
-    explicit Numbering(const std::vector<Checker::Note>& notes) {
-        for (const Checker::Note& note : notes) {
-            numbers_[note.tag] = 0;
-            numbers_[note.earlier] = 0;
-        }
-    }
-    void Count(const NodeWalk& nodes) {
-        for (const RVT_Node& node : nodes) {
-            if (node.IsType(RVT_ELEMENT)) {
-                ++count_;
-                const auto wanted = numbers_.find(&node);
-                if (wanted != numbers_.end()) {
-                    wanted->second = count_;
-                }
-                Count(Children(node));
+// Numbers the start tags of a document.
+void Number(const NodeWalk& nodes, std::unordered_map<const RVT_Node*, size_t>& wanted,
+            size_t& count) {
+    for (const RVT_Node& node : nodes) {
+        if (node.IsType(RVT_ELEMENT)) {
+            ++count;
+            if (const auto found = wanted.find(&node); found != wanted.end()) {
+                found->second = count;
             }
+            Number(Children(node), wanted, count);
         }
     }
-    [[nodiscard]] size_t Of(const RVT_Node* tag) const { return numbers_.at(tag); }
-
-  private:
-    std::unordered_map<const RVT_Node*, size_t> numbers_;
-    size_t count_ = 0;
-};
+}
 
 }  // namespace
 
-std::vector<Finding> Check(Inventory& inventory, Says says) {
-    Checker checker(*inventory.FindSystemMap(), says);
-    checker.Run();
+std::vector<Finding> Check(const Outline& outline, const RVT_XML_Tree* document) {
+    Checker checker(outline, document != nullptr);
+    std::unordered_map<const RVT_Node*, size_t> numbers;
+    for (const Checker::Note& note : checker.notes) {
+        numbers[note.spot.tag] = numbers[note.earlier.tag] = 0;
+    }
+    if (size_t count = 0; document != nullptr && !checker.notes.empty()) {
+        Number(Children(*document), numbers, count);
+    }
+    const auto position = [&](const Spot& spot) {
+        const size_t element = spot.element == nullptr ? 0 : 1 + spot.element->index;
+        return document != nullptr ? numbers.at(spot.tag) : element;
+    };
+    std::ranges::stable_sort(checker.notes, {}, [&](const Checker::Note& note) {
+        return std::pair(position(note.spot), document != nullptr ? 0 : note.spot.property);
+    });
     std::vector<Finding> findings;
-    if (checker.notes.empty()) {
-        return findings;
-    }
-    Numbering numbering(checker.notes);
-    numbering.Count(Children(inventory.Tree()));
     for (Checker::Note& note : checker.notes) {
-        findings.push_back({numbering.Of(note.tag), note.is_error, std::move(note.text),
-                            note.earlier == nullptr ? 0 : numbering.Of(note.earlier)});
+        findings.push_back(
+            {position(note.spot), note.is_error, std::move(note.text), position(note.earlier)});
     }
-    std::ranges::stable_sort(findings, {}, &Finding::element);
     return findings;
 }

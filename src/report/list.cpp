@@ -7,48 +7,10 @@
 #include <set>
 #include <span>
 
+#include "base/quoted.h"
 #include "model/lookups.h"
 #include "model/vocabulary.h"
-#include "report/content.h"
 #include "report/table.h"
-
-// How many letters must be changed, added or left out to make one word of the other.
-static size_t Distance(std::string_view one, std::string_view other) {
-    std::vector<size_t> row(other.size() + 1);
-    for (size_t i = 0; i < row.size(); ++i) {
-        row[i] = i;
-    }
-    for (size_t i = 0; i < one.size(); ++i) {
-        size_t diagonal = std::exchange(row[0], i + 1);
-        for (size_t k = 0; k < other.size(); ++k) {
-            const size_t replaced = diagonal + (one[i] == other[k] ? 0 : 1);
-            diagonal = row[k + 1];
-            row[k + 1] = std::min({replaced, row[k] + 1, row[k + 1] + 1});
-        }
-    }
-    return row.back();
-}
-
-Outcome UnknownWord(const char* what, const std::string& word,
-                    const std::vector<std::string>& known) {
-    static constexpr size_t kLongest = 64;
-    const auto nearest = std::ranges::min_element(known, {}, [&word](const std::string& one) {
-        return Distance(word.substr(0, kLongest), one);
-    });
-    const bool is_near = nearest != known.end() && word.size() <= kLongest &&
-                         Distance(word, *nearest) <= 1 + word.size() / 3;
-    return Failure(ExitCode::kInvalidArgument, "Unknown %s \"%s\".%s%s%s", what, word.c_str(),
-                   is_near ? " Did you mean \"" : "", is_near ? nearest->c_str() : "",
-                   is_near ? "\"?" : "");
-}
-
-Outcome UnknownKey(const std::string& word) {
-    std::vector<std::string> known;
-    for (const Key& key : Keys()) {
-        known.emplace_back(key.word);
-    }
-    return UnknownWord("key", word, known);
-}
 
 Result<Filter> ParseFilter(const std::string& text) {
     const size_t equals = text.find('=');
@@ -62,14 +24,14 @@ Result<Filter> ParseFilter(const std::string& text) {
     return key ? Result(Filter{*key, text.substr(equals + 1), is_negated}) : UnknownKey(word);
 }
 
-static std::string_view TextOf(const Item& item, const Key& key) {
-    return ValueOf(item, key).value_or("");
+static std::string_view TextOf(const Element& element, const Key& key) {
+    return ValueOf(element, key).value_or("");
 }
 
-static bool Passes(const Item& item, const Listing& listing) {
-    return (!listing.kind || *listing.kind == item.owner) &&
-           std::ranges::all_of(listing.filters, [&item](const Filter& filter) {
-               const std::string value(TextOf(item, filter.key));
+static bool Passes(const Element& element, const Listing& listing) {
+    return (!listing.kind || *listing.kind == element.owner) &&
+           std::ranges::all_of(listing.filters, [&element](const Filter& filter) {
+               const std::string value(TextOf(element, filter.key));
                return (fnmatch(filter.glob.c_str(), value.c_str(), 0) == 0) != filter.is_negated;
            });
 }
@@ -90,7 +52,7 @@ static void PutCsv(std::string_view value, Output& out) {
     out.Put("\"");
 }
 
-static void PutCsvLines(const std::vector<Item>& items, std::span<const Key> fields, Output& out) {
+static void PutCsvLines(const Elements& elements, std::span<const Key> fields, Output& out) {
     const auto put_line = [&](auto value_of) {
         for (const Key& key : fields) {
             out.Put(&key == &fields.front() ? "" : ",");
@@ -99,8 +61,8 @@ static void PutCsvLines(const std::vector<Item>& items, std::span<const Key> fie
         out.Put("\r\n");
     };
     put_line([](const Key& key) { return key.word; });
-    for (const Item& item : items) {
-        put_line([&item](const Key& key) { return TextOf(item, key); });
+    for (const Element* element : elements) {
+        put_line([element](const Key& key) { return TextOf(*element, key); });
     }
 }
 
@@ -110,7 +72,7 @@ static void PutJson(std::string_view value, bool is_switch, Output& out) {
 }
 
 // {"version": "3.0", "serial": "12", "security": false, "items": [ and an item a line.
-static void PutJsonDocument(const RVT_Node& map, const std::vector<Item>& items,
+static void PutJsonDocument(const RVT_Node& map, const Elements& elements,
                             std::span<const Key> fields, Output& out) {
     out.Put("{");
     for (const std::string_view name : {version_tag, serial_tag, security_tag}) {
@@ -123,11 +85,12 @@ static void PutJsonDocument(const RVT_Node& map, const std::vector<Item>& items,
         }
     }
     out.Put("\"items\": [");
-    for (const Item& item : items) {
-        out.Put(&item == &items.front() ? "\n" : ",\n");
+    std::string_view separator = "\n";
+    for (const Element* element : elements) {
+        out.Put(std::exchange(separator, ",\n"));
         std::string_view before = "{";
         for (const Key& key : fields) {
-            if (const auto value = ValueOf(item, key)) {
+            if (const auto value = ValueOf(*element, key)) {
                 out.Put(std::exchange(before, ", "));
                 out.Put("\"");
                 out.Put(key.word);
@@ -137,17 +100,16 @@ static void PutJsonDocument(const RVT_Node& map, const std::vector<Item>& items,
         }
         out.Put(before == "{" ? "{}" : "}");
     }
-    out.Put(items.empty() ? "]}\n" : "\n]}\n");
+    out.Put(elements.empty() ? "]}\n" : "\n]}\n");
 }
 
 // Leaves out a name that would be two lines.
-static void PutNames(const std::vector<Item>& items, Output& out,
-                     std::vector<std::string>& complaints) {
-    for (const Item& item : items) {
-        const std::string_view name = item.values[Property::kName];
+static void PutNames(const Elements& elements, Output& out, std::vector<std::string>& complaints) {
+    for (const Element* element : elements) {
+        const std::string_view name = element->Name();
         if (name.find_first_of("\n\r") != std::string_view::npos) {
             complaints.push_back(Shortened(name) + " is left out, since it is no single line.");
-        } else if (item.values.Has(Property::kName)) {
+        } else if (element->values.Has(Property::kName)) {
             out.Put(name);
             out.Put("\n");
         }
@@ -170,7 +132,7 @@ static std::vector<std::vector<Key>> ColumnsThatTellMost() {
     return columns;
 }
 
-static void PutTable(const std::vector<Item>& items, const Listing& listing, Output& out) {
+static void PutTable(const Elements& elements, const Listing& listing, Output& out) {
     std::vector<std::vector<Key>> columns;
     for (const Key& key : listing.fields) {
         columns.push_back({key});
@@ -183,50 +145,45 @@ static void PutTable(const std::vector<Item>& items, const Listing& listing, Out
         const std::string title(keys.front().word);
         table.AddColumn(keys.size() == 1 ? title : title + "/" + std::string(keys.back().word));
     }
-    for (const Item& item : items) {
+    for (const Element* element : elements) {
         for (const auto& keys : columns) {
-            const auto first = ValueOf(item, keys.front());
-            table.AddCell(first ? *first : TextOf(item, keys.back()));
+            const auto first = ValueOf(*element, keys.front());
+            table.AddCell(first ? *first : TextOf(*element, keys.back()));
         }
     }
     table.Put(listing.columns, out);
 }
 
-static void PutItems(const RVT_Node& map, const std::vector<Item>& items, const Listing& listing,
+static void PutItems(const RVT_Node& map, const Elements& elements, const Listing& listing,
                      Output& out, std::vector<std::string>& complaints) {
     const std::vector<Key> fields = listing.fields.empty() ? Keys() : listing.fields;
     switch (listing.format) {
         case Listing::Format::kTable:
-            return PutTable(items, listing, out);
+            return PutTable(elements, listing, out);
         case Listing::Format::kCsv:
-            return PutCsvLines(items, fields, out);
+            return PutCsvLines(elements, fields, out);
         case Listing::Format::kJson:
-            return PutJsonDocument(map, items, fields, out);
+            return PutJsonDocument(map, elements, fields, out);
         case Listing::Format::kNames:
-            return PutNames(items, out, complaints);
+            return PutNames(elements, out, complaints);
     }
 }
 
-Result<std::vector<std::string>> List(const Inventory& inventory, const Listing& listing,
-                                      Output& out) {
-    const Result<RVT_Node*> map = inventory.NeedSystemMap(ExitCode::kIncompleteMap);
-    if (!map.ok()) {
-        return map.outcome();
-    }
-    std::vector<Item> items = ItemsOf(**map);
+std::vector<std::string> List(const Outline& outline, const Listing& listing, Output& out) {
+    Elements elements = outline.elements;
     std::set<std::string_view> missing(listing.names.begin(), listing.names.end());
     const std::set<std::string_view> wanted = missing;
-    std::erase_if(items, [&](const Item& item) {
-        const std::string_view name = item.values[Property::kName];
-        missing.erase(name);
-        return !(wanted.empty() || wanted.contains(name)) || !Passes(item, listing);
+    std::erase_if(elements, [&](const Element* element) {
+        missing.erase(element->Name());
+        return !(wanted.empty() || wanted.contains(element->Name())) || !Passes(*element, listing);
     });
     if (listing.sort) {
-        std::ranges::stable_sort(
-            items, {}, [&listing](const Item& item) { return TextOf(item, *listing.sort); });
+        std::ranges::stable_sort(elements, {}, [&listing](const Element* element) {
+            return TextOf(*element, *listing.sort);
+        });
     }
     std::vector<std::string> complaints;
-    PutItems(**map, items, listing, out, complaints);
+    PutItems(*outline.map, elements, listing, out, complaints);
     for (const std::string& name : listing.names) {
         if (missing.erase(name) > 0) {
             complaints.push_back('"' + name + "\" not found.");

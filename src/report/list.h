@@ -7,8 +7,7 @@
 
 #include "base/outcome.h"
 #include "base/output.h"
-#include "model/inventory.h"
-#include "report/items.h"
+#include "inventory/keys.h"
 
 // A condition on the value of a key; what is missing counts as the empty text.
 struct Filter {
@@ -32,14 +31,6 @@ struct Listing {
 // The filter "KEY=GLOB" or "KEY!=GLOB". kInvalidArgument when it is none, or the key is unknown.
 Result<Filter> ParseFilter(const std::string& text);
 
-// Puts the items. Returns what must be said of names: of those that nothing has, and of those that
-// the format cannot hold. kIncompleteMap without a root.
-Result<std::vector<std::string>> List(const Inventory& inventory, const Listing& listing,
-                                      Output& out);
-
-// kInvalidArgument with the known word that is nearest to one that is not known: "what" says what
-// it should have been.
-Outcome UnknownWord(const char* what, const std::string& word,
-                    const std::vector<std::string>& known);
-// The same for a key.
-Outcome UnknownKey(const std::string& word);
+// Puts the elements that are asked for. Returns complaints about names that no element has, and
+// about those that the format cannot hold.
+std::vector<std::string> List(const Outline& outline, const Listing& listing, Output& out);

@@ -38,10 +38,10 @@ Outcome Sequence::Change(const Command& command, std::string_view document,
 }
 
 // The first element that kfx.conf can have no line of, or null.
-static const RVT_Node* FirstIncomplete(const RVT_Node& map) {
-    for (const RVT_Node& element : LiveElements(map, tag::Platform, tag::Console)) {
-        if (!GetKfxConfData(element).ok()) {
-            return &element;
+static RVT_Node* FirstIncomplete(const RVT_Node& map) {
+    for (RVT_Node& node : LiveElements(map, tag::Platform, tag::Console)) {
+        if (!GetKfxConfData(ElementOf(node, nullptr)).ok()) {
+            return &node;
         }
     }
     return nullptr;
@@ -57,7 +57,7 @@ Outcome Sequence::HasKfxConf() {
         incomplete_ = FirstIncomplete(**map);
         is_complete_ = incomplete_ == nullptr;
     }
-    return is_complete_ ? Outcome() : GetKfxConfData(*incomplete_).outcome();
+    return is_complete_ ? Outcome() : GetKfxConfData(ElementOf(*incomplete_, nullptr)).outcome();
 }
 
 Outcome Sequence::Do(const Command& command, std::string_view document, const std::string& name) {

@@ -39,5 +39,5 @@ class Sequence {
     Follow changes_;
     bool makes_kfxconf_ = false;
     bool is_complete_ = false;
-    const RVT_Node* incomplete_ = nullptr;  // the first of those that are not
+    RVT_Node* incomplete_ = nullptr;  // the first of those that are not
 };

@@ -1,4 +1,4 @@
-#include "report/csv.h"
+#include "inventory/csv.h"
 
 #include <algorithm>
 #include <string>

@@ -6,10 +6,9 @@
 #include <set>
 
 #include "base/arena.h"
+#include "base/quoted.h"
 #include "base/text.h"
-#include "report/content.h"
-#include "report/inventory_reader.h"
-#include "report/list.h"
+#include "inventory/inventory_reader.h"
 
 namespace {
 
@@ -112,7 +111,7 @@ class JsonReader : public nlohmann::json_sax<nlohmann::json> {
     enum class In { kNothing, kDocument, kItems, kItem };
 
     [[nodiscard]] std::string Place() const {
-        return in_ == In::kItem || in_ == In::kItems ? PlaceOf(file_, file_.rows.back())
+        return in_ == In::kItem || in_ == In::kItems ? PositionOf(file_, file_.rows.back())
                                                      : file_.name;
     }
     // A list leaves out what is missing, also the platform of a console that is in none. An item

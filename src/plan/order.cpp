@@ -1,4 +1,4 @@
-#include "report/order.h"
+#include "plan/order.h"
 
 #include <algorithm>
 #include <optional>
@@ -6,7 +6,6 @@
 #include <unordered_set>
 
 #include "base/text.h"
-#include "xml/rvt_xml_writer.h"
 
 using enum Property;
 
@@ -31,11 +30,11 @@ class FreshValues {
 
   private:
     void Fill() {
-        for (const Elements* items : {&comparison_.before(), &comparison_.now()}) {
-            for (const Element& item : *items) {
-                used_.insert(ToLower(item.name));
-                used_.emplace(ValueOf(item, kAddress));
-                used_.emplace(ValueOf(item, kPort));
+        for (const Elements* elements : {&comparison_.before(), &comparison_.now()}) {
+            for (const Element* element : *elements) {
+                used_.insert(ToLower(element->Name()));
+                used_.emplace(element->values[kAddress]);
+                used_.emplace(element->values[kPort]);
             }
         }
     }
@@ -128,27 +127,16 @@ class Turns {
     void MakeRoomForPlatforms() {
         std::unordered_set<std::string_view> addresses;
         for (const Unit& unit : work_.units) {
-            const Element& item = comparison_.now()[unit.now];
-            if (item.owner == Owner::kPlatform && unit.Sets(kAddress)) {
-                addresses.insert(ValueOf(item, kAddress));
+            if (unit.now->owner == Owner::kPlatform && unit.Sets(kAddress)) {
+                addresses.insert(unit.now->Address());
             }
         }
-        for (size_t i = 0; i < comparison_.before().size() && !addresses.empty(); ++i) {
-            const Element& item = comparison_.before()[i];
-            if (IsStandalone(item) && work_.IsKept(i) &&
-                addresses.contains(ValueOf(item, kAddress))) {
-                work_.Set(work_.units[work_.Need(comparison_.PartnerOfBefore(i))], kAddress);
+        for (const Element* before : comparison_.before()) {
+            if (before->IsStandalone() && work_.IsKept(*before) &&
+                addresses.contains(before->Address())) {
+                Work::Set(work_.units[work_.Need(*comparison_.Now(*before))], kAddress);
             }
         }
-    }
-
-    static bool IsStandalone(const Element& item) {
-        return item.owner == Owner::kConsole && item.platform == kNone;
-    }
-
-    // Where the port of an element counts, as it shall be.
-    [[nodiscard]] std::string_view AddressOf(const Element& now) const {
-        return ValueOf(now.platform == kNone ? now : comparison_.now()[now.platform], kAddress);
     }
 
     static std::string Key(Kind kind, std::string_view text, std::string_view port = "") {
@@ -158,25 +146,25 @@ class Turns {
 
     void FindWhatItHas(size_t index) {
         const Unit& unit = work_.units[index];
-        const Element& now = comparison_.now()[unit.now];
+        const Element& now = *unit.now;
         const bool is_platform = now.owner == Owner::kPlatform;
         if (is_platform && unit.Sets(kAddress)) {
-            Have(index, Kind::kArrival, ValueOf(now, kAddress));
+            Have(index, Kind::kArrival, now.Address());
         }
         if (unit.IsAddition()) {
             return;
         }
-        const Element& before = comparison_.before()[unit.before];
-        const std::string_view address = ValueOf(before, kAddress);
+        const Element& before = *unit.before;
+        const std::string_view address = before.values[kAddress];
         if (unit.Sets(kName)) {
-            Have(index, Kind::kName, ToLower(before.name));
+            Have(index, Kind::kName, ToLower(before.Name()));
         }
         if (unit.Sets(kAddress)) {
             Have(index, is_platform ? Kind::kPlatform : Kind::kConsoles, address);
         }
         if (unit.Sets(kPort) || unit.Sets(kAddress)) {
-            Have(index, Kind::kPort, IsStandalone(before) ? address : AddressOf(now),
-                 ValueOf(before, kPort));
+            Have(index, Kind::kPort, before.IsStandalone() ? address : now.Address(),
+                 before.values[kPort]);
         }
     }
 
@@ -193,19 +181,19 @@ class Turns {
     // What it needs first comes last.
     void FindWhatItNeeds(size_t index) {
         const Unit& unit = work_.units[index];
-        const Element& now = comparison_.now()[unit.now];
+        const Element& now = *unit.now;
         const bool is_platform = now.owner == Owner::kPlatform;
-        const std::string_view address = AddressOf(now);
+        const std::string_view address = now.Address();
         const bool takes_port = unit.Sets(kPort) || unit.Sets(kAddress);
         if (takes_port) {
-            Need(index, Kind::kPort, address, ValueOf(now, kPort));
+            Need(index, Kind::kPort, address, now.values[kPort]);
         }
         if (is_platform ? unit.Sets(kAddress) : takes_port) {
             Need(index, Kind::kPlatform, address);
             Need(index, is_platform ? Kind::kConsoles : Kind::kArrival, address);
         }
         if (unit.Sets(kName) || unit.IsAddition()) {
-            Need(index, Kind::kName, ToLower(now.name));
+            Need(index, Kind::kName, ToLower(now.Name()));
         }
     }
 
@@ -303,35 +291,34 @@ class Turns {
         if (property == kName) {
             turns_[index].name = step.command.settings.front().value;
         }
-        work_.Set(unit, property);
+        Work::Set(unit, property);
         steps_.push_back(std::move(step));
         GiveUp(index, property);
     }
 
     // What an element is called at present; one that is added, as it will be.
-    [[nodiscard]] std::string NameOf(size_t now) const {
+    [[nodiscard]] std::string NameOf(const Element& now) const {
         const size_t index = work_.UnitOf(now);
         const bool is_done = index == kNone || turns_[index].is_done;
         if (is_done || work_.units[index].IsAddition()) {
-            return std::string(comparison_.now()[now].name);
+            return std::string(now.Name());
         }
         const std::string& name = turns_[index].name;
-        return name.empty() ? std::string(comparison_.before()[work_.units[index].before].name)
-                            : name;
+        return name.empty() ? std::string(work_.units[index].before->Name()) : name;
     }
 
     [[nodiscard]] Step StepOf(const Unit& unit) const {
-        const Element& item = comparison_.now()[unit.now];
-        const bool is_platform = item.owner == Owner::kPlatform;
+        const Element& now = *unit.now;
+        const bool is_platform = now.owner == Owner::kPlatform;
         Step step;
-        step.command.name = NameOf(unit.now);
+        step.command.name = NameOf(now);
         if (!unit.IsAddition()) {
             step.command.action = is_platform ? Action::kUpdatePlatform : Action::kUpdateSystem;
         } else {
             step.command.action = is_platform ? Action::kAddPlatform : Action::kAddSystem;
-            step.command.platform = item.platform == kNone ? "" : NameOf(item.platform);
+            step.command.platform = now.parent == nullptr ? "" : NameOf(*now.parent);
         }
-        step.subject = Label(item);
+        step.subject = Label(now);
         return step;
     }
 
@@ -350,10 +337,10 @@ class Turns {
     }
 
     void ChangeCache(const Unit& unit) {
-        const RVT_Node* cache = ContentOf(comparison_.now()[unit.now]).cache;
+        const std::string cache = ContentOf(*unit.now).cache;
         Step step = StepOf(unit);
-        step.command.action = cache == nullptr ? Action::kRemoveCache : Action::kUpdateCache;
-        step.document = cache == nullptr ? "" : "<?xml version=\"1.0\"?>\n" + XmlText(*cache);
+        step.command.action = cache.empty() ? Action::kRemoveCache : Action::kUpdateCache;
+        step.document = cache.empty() ? "" : "<?xml version=\"1.0\"?>\n" + cache;
         steps_.push_back(std::move(step));
     }
 

@@ -1,8 +1,8 @@
 // The two forms of an inventory file; ReadInventoryFile chooses.
 #pragma once
 
-#include "report/inventory_file.h"
-#include "report/items.h"
+#include "inventory/inventory_file.h"
+#include "inventory/keys.h"
 
 // Both add what "text" says to "file"; values are parts of "text" or kept for the whole run.
 Outcome ReadCsv(std::string_view text, InventoryFile& file);

@@ -7,12 +7,16 @@
 #include <vector>
 
 #include "commands/command.h"
-#include "report/difference.h"
+#include "model/validation.h"
+#include "plan/difference.h"
+
+// No index of a unit.
+inline constexpr size_t kNone = SIZE_MAX;
 
 // One command of a change script.
 struct Step {
     Command command;
-    std::string subject;   // whom it is for: console "db1"
+    std::string subject;   // what it is for: console "db1"
     std::string document;  // what -update cache reads
 };
 
@@ -27,12 +31,12 @@ struct Obstacle {
 // What brings a platform or console from what it was to what it shall be: an addition, or an update
 // that may have no settings.
 struct Unit {
-    size_t before = kNone;  // none: it is added
-    size_t now = kNone;
-    NameValueList settings;
+    const Element* before = nullptr;  // null: it is added
+    const Element* now = nullptr;
+    NameValueList settings = {};
     bool changes_cache = false;
 
-    [[nodiscard]] bool IsAddition() const { return before == kNone; }
+    [[nodiscard]] bool IsAddition() const { return before == nullptr; }
     [[nodiscard]] bool Sets(Property property) const {
         return NewValue(settings, property) != nullptr;
     }
@@ -51,25 +55,26 @@ class Work {
     std::vector<Obstacle> obstacles;
 
     // Whether an element of the inventory as it was is kept.
-    [[nodiscard]] bool IsKept(size_t before) const { return kept_[before]; }
+    [[nodiscard]] bool IsKept(const Element& before) const { return kept_[before.index]; }
     // The index of the unit of an element as it shall be, or kNone.
-    [[nodiscard]] size_t UnitOf(size_t now) const { return unit_of_[now]; }
+    [[nodiscard]] size_t UnitOf(const Element& now) const { return unit_of_[now.index]; }
     // The same; an element that is kept as it is gets a unit without settings.
-    size_t Need(size_t now);
+    size_t Need(const Element& now);
 
     // Lets the unit set a property, if it does not, to what it shall be.
-    void Set(Unit& unit, Property property) const;
+    static void Set(Unit& unit, Property property);
 
   private:
-    void Judge(const Element& item, Property property, std::string_view value, bool is_new);
+    void Judge(const Element& element, Property property, std::string_view value, bool is_new);
     void JudgeMap();
-    void JudgeText(const Element& item, std::string_view value);
-    void JudgeTexts(const Element& item, const RVT_Node& node);
-    [[nodiscard]] bool CanBeKept(size_t before, size_t now) const;
-    void PlanItem(size_t now);
-    void PlanAddition(const Element& item, const Content& content);
-    void PlanUpdate(size_t before, size_t now);
-    void TakeOddities(const Element& item, const std::vector<Oddity>& before,
+    void JudgeText(const Element& element, std::string_view value);
+    void JudgeValues(const Element& element, const PropertyValues& values);
+    void JudgeTexts(const Element& element, const RVT_Node& node, bool is_property = false);
+    [[nodiscard]] bool CanBeKept(const Element& before, const Element& now) const;
+    void PlanElement(const Element& now);
+    void PlanAddition(const Element& now);
+    void PlanUpdate(const Element& before, const Element& now);
+    void TakeOddities(const Element& element, const std::vector<Oddity>& before,
                       const std::vector<Oddity>& now);
     void PlanRemovals();
     void Obstruct(const std::string& subject, std::string text,

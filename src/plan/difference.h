@@ -1,16 +1,13 @@
 // What differs between two inventories.
 //
-//     const Comparison comparison(before, now);
-//     PrintDifferences(comparison.Differences(), Form::kText, out);
+//     for (const Difference& difference : Comparison(before, now).Differences()) { ... }
 #pragma once
 
 #include <optional>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-#include "base/output.h"
-#include "report/content.h"
+#include "plan/content.h"
 
 // A value, or none, in the one inventory and in the other. The key is that of an option without the
 // dash; "platform", "cache" and "security"; or an oddity's own words.
@@ -33,12 +30,10 @@ struct Difference {
 
 // Two inventories whose platforms and consoles are matched: platforms with platforms, consoles with
 // consoles wherever they are, by their names, then by identifiers those that are left, a console's
-// below the same platform. Both must outlive it, unchanged.
+// below the same platform. What is inside a standalone console counts as a part of that.
 class Comparison {
   public:
-    Comparison(Outline before, Outline now);
-    Comparison(const Inventory& before, const Inventory& now)
-        : Comparison(OutlineOf(before), OutlineOf(now)) {}
+    Comparison(const Outline& before, const Outline& now);
 
     // The root's first, then what is removed, then the others in the order of "now". None when the
     // contents are equal.
@@ -49,41 +44,36 @@ class Comparison {
     [[nodiscard]] const Elements& now() const { return now_; }
     [[nodiscard]] const MapContent& map_before() const { return map_before_; }
     [[nodiscard]] const MapContent& map_now() const { return map_now_; }
-    // The index of an element's partner in the other inventory, or kNone.
-    [[nodiscard]] size_t PartnerOfBefore(size_t before) const { return now_of_[before]; }
-    [[nodiscard]] size_t PartnerOfNow(size_t now) const { return before_of_[now]; }
+    // An element's partner in the other inventory, or null.
+    [[nodiscard]] const Element* Now(const Element& before) const { return nows_[before.index]; }
+    [[nodiscard]] const Element* Before(const Element& now) const { return befores_[now.index]; }
     // Whether two partners are at the same platform, or at none.
-    [[nodiscard]] bool StaysInPlace(size_t before, size_t now) const;
+    [[nodiscard]] bool StaysInPlace(const Element& before, const Element& now) const;
 
   private:
-    void Match(size_t before, size_t now);
     void MatchByName(Owner owner);
     void MatchByIdentifier(Owner owner);
-    [[nodiscard]] std::unordered_map<std::string, size_t> WithoutPartner(Owner owner) const;
+    void Match(const Element& before, const Element& now);
     [[nodiscard]] std::optional<Difference> DifferenceOfMaps() const;
-    [[nodiscard]] std::optional<Difference> DifferenceOf(size_t before, size_t now) const;
+    [[nodiscard]] std::optional<Difference> DifferenceOf(const Element* before,
+                                                         const Element* now) const;
 
     MapContent map_before_;
     MapContent map_now_;
     Elements before_;
     Elements now_;
-    std::vector<size_t> now_of_;
-    std::vector<size_t> before_of_;
+    // Partners by the index of an element.
+    Elements nows_;
+    Elements befores_;
 };
 
-// How differences are printed, each on a line:
+// A difference as people read it, without its line end; several lines for the root:
 //
-//   text   ~ security: "false" -> "true"
-//          - console "db9": platform "lab1", port "2009"
-//          + platform "lab2": addr "10.1.0.7", port "7001", model "M100", cache
-//          ~ console "db1": name "db1" -> "db2", port "2003" -> "2005"
-//          Of an element that was added or removed, values that a new one has unless told otherwise
-//          are left out. A cache is added, removed or changed.
-//   JSON   an array of objects with "change" (removed, added, changed), "kind" (map, platform,
-//          console), "name", and "values": an array of objects with "key", "old" and "new", null
-//          for none
-enum class Form { kText, kJson };
-void PrintDifferences(const std::vector<Difference>& differences, Form form, Output& out);
-
-// One of them in the text form, without its line end. Several lines for the root.
+//   ~ security: "false" -> "true"
+//   - console "db9": platform "lab1", port "2009"
+//   + platform "lab2": addr "10.1.0.7", port "7001", model "M100", cache
+//   ~ console "db1": name "db1" -> "db2", port "2003" -> "2005"
+//
+// Of an element that was added or removed, values that a new one has unless told otherwise are left
+// out. A cache is added, removed or changed.
 std::string TextOf(const Difference& difference);

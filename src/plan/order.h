@@ -11,7 +11,7 @@
 //     tqsmgr -update system -name "a" -port "2"
 #pragma once
 
-#include "report/work.h"
+#include "plan/work.h"
 
 // The commands for "work", in an order in which each is accepted in its turn, unless an element
 // that is left alone has what one of them gives. The units are used up.

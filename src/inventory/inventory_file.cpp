@@ -1,14 +1,13 @@
-#include "report/inventory_file.h"
+#include "inventory/inventory_file.h"
 
 #include <algorithm>
 
 #include "base/arena.h"
+#include "base/quoted.h"
 #include "base/text.h"
+#include "inventory/csv.h"
+#include "inventory/inventory_reader.h"
 #include "model/validation.h"
-#include "report/content.h"
-#include "report/csv.h"
-#include "report/inventory_reader.h"
-#include "report/list.h"
 
 static constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 static constexpr std::string_view kBlanks = " \t\r\n";
@@ -35,15 +34,15 @@ Outcome WrongAt(std::string place, const std::string& text, ExitCode code) {
     return Outcome(code, text).WithCause({std::move(place), text});
 }
 
-std::string PlaceIn(const InventoryFile& file, const Row& row) {
+std::string PositionIn(const InventoryFile& file, const Row& row) {
     const std::string number = std::to_string(row.number);
     const std::string_view name = row.values[Property::kName];
     const bool is_named = !name.empty() && IsValidName(name);
     return file.is_csv ? number : is_named ? std::string(name) : "item " + number;
 }
 
-std::string PlaceOf(const InventoryFile& file, const Row& row) {
-    return file.name + ':' + PlaceIn(file, row);
+std::string PositionOf(const InventoryFile& file, const Row& row) {
+    return file.name + ':' + PositionIn(file, row);
 }
 
 std::unordered_map<std::string, const Row*> RowsBySubject(const InventoryFile& file) {
@@ -73,8 +72,8 @@ Outcome Take(const InventoryFile& file, Row& row, const Key& key, std::string_vi
         row.platform = value;
     } else if (key.of == Key::Of::kKind) {
         if (value != KindOf(Owner::kPlatform) && value != KindOf(Owner::kConsole)) {
-            return WrongAt(PlaceOf(file, row), "The kind is " + Shortened(value) +
-                                                   ", neither \"platform\" nor \"console\".");
+            return WrongAt(PositionOf(file, row), "The kind is " + Shortened(value) +
+                                                      ", neither \"platform\" nor \"console\".");
         }
         row.owner = value == KindOf(Owner::kPlatform) ? Owner::kPlatform : Owner::kConsole;
     }
@@ -103,9 +102,9 @@ static Outcome ReadRow(const CsvReader& reader, const std::vector<Key>& keys, In
     Row& row = file.rows.emplace_back(Row{.number = reader.line()});
     const std::vector<std::string_view>& fields = reader.fields();
     if (fields.size() != keys.size()) {
-        return WrongAt(PlaceOf(file, row), "The row has " + std::to_string(fields.size()) +
-                                               " fields instead of " + std::to_string(keys.size()) +
-                                               ".");
+        return WrongAt(PositionOf(file, row), "The row has " + std::to_string(fields.size()) +
+                                                  " fields instead of " +
+                                                  std::to_string(keys.size()) + ".");
     }
     for (size_t i = 0; i < keys.size(); ++i) {
         if (Outcome outcome = Take(file, row, keys[i], fields[i]); !outcome.ok()) {

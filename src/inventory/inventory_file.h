@@ -3,7 +3,7 @@
 // caches, identifiers and, in CSV, the security switch it cannot tell.
 //
 //     Result<InventoryFile> file = ReadInventoryFile(text, "lab.csv");
-//     Result<Inventory> now = Completed(*file, present, false);  // see report/completion.h
+//     Result<Outline> now = Completed(*file, present, false);  // see inventory/completion.h
 #pragma once
 
 #include <optional>
@@ -13,8 +13,7 @@
 #include <vector>
 
 #include "base/outcome.h"
-#include "model/properties.h"
-#include "xml/rvt_node.h"
+#include "model/element.h"
 
 // What is said of one platform or console.
 struct Row {
@@ -22,7 +21,7 @@ struct Row {
     std::optional<Owner> owner = std::nullopt;  // none: not said, until it has been found out
     std::string_view platform = {};             // null where it is not said
     PropertyValues values = {};                 // those that are said
-    const RVT_Node* element = nullptr;          // of a map: says all there is
+    const Element* element = nullptr;           // of a map: says all there is
 };
 
 struct InventoryFile {
@@ -30,7 +29,7 @@ struct InventoryFile {
     bool is_csv;
     std::vector<Row> rows;
     std::optional<std::string_view> security;
-    const RVT_Node* map = nullptr;  // the root where it is a map
+    RVT_Node* map = nullptr;  // the root where it is a map
 };
 
 // Whether a text is, by how it begins, a map and no inventory in CSV or JSON: "<" comes first
@@ -45,8 +44,8 @@ Result<InventoryFile> ReadInventoryFile(std::string_view text, const std::string
 
 // Where a row stands: "lab.csv:12" or, in JSON, its name in place of the line, "lab.json:db1"; and
 // the same without the file's name.
-std::string PlaceOf(const InventoryFile& file, const Row& row);
-std::string PlaceIn(const InventoryFile& file, const Row& row);
+std::string PositionOf(const InventoryFile& file, const Row& row);
+std::string PositionIn(const InventoryFile& file, const Row& row);
 // The rows of a file that has been completed, by whom messages and the steps of a script are for
 // (Label); of equal ones the first.
 std::unordered_map<std::string, const Row*> RowsBySubject(const InventoryFile& file);

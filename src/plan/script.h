@@ -12,8 +12,8 @@
 #include "base/output.h"
 #include "commands/parse_command.h"
 #include "model/inventory.h"
-#include "report/difference.h"
-#include "report/work.h"
+#include "plan/difference.h"
+#include "plan/work.h"
 
 struct Script {
     // Run in their order on the one inventory they give it the content of the other; none when it
@@ -26,17 +26,11 @@ struct Script {
 // The script has been run on a copy of "before", each command as if it were alone on what writing
 // and reading made of the map, and the result compared with "now". Values that are given to an
 // element must stand in the reference files.
-Script ScriptFromTo(const Inventory& before, const Inventory& now);
+Script ScriptFromTo(const Inventory& before, const Outline& now);
 
 // The same for who runs the script at once, and compares the result: nothing has been run yet, so a
 // step may be refused.
 Script UntriedScript(const Comparison& comparison);
-
-// That of a new map, without platforms and consoles.
-Inventory NewInventory();
-
-// The script that makes the inventory of a new map, without platforms and consoles.
-Script ExportScript(const Inventory& now);
 
 // A line of tqsmgr for each step, in the shell's quoting, and a cache as a here-document behind it:
 //     tqsmgr -update system -name "db1" -port "2005"

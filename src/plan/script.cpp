@@ -1,13 +1,14 @@
-#include "report/script.h"
+#include "plan/script.h"
 
 #include <algorithm>
 #include <set>
 
 #include "base/paths.h"
+#include "base/quoted.h"
 #include "commands/actions.h"
 #include "model/checks.h"
 #include "model/vocabulary.h"
-#include "report/order.h"
+#include "plan/order.h"
 #include "run/sequence.h"
 #include "translog/shell_text.h"
 #include "xml/encoding.h"
@@ -76,7 +77,7 @@ static std::vector<Obstacle> WhatDiffers(const Comparison& comparison) {
 
 // Runs the steps on a copy of an inventory and says what keeps them from leading to "now".
 static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy,
-                                 const Inventory& now) {
+                                 const Outline& now) {
     Sequence sequence(copy, paths::kSystemMap);
     for (const Step& step : steps) {
         if (const Outcome outcome = sequence.Do(step.command, step.document, "cache");
@@ -89,7 +90,7 @@ static std::vector<Obstacle> Try(const std::vector<Step>& steps, Inventory& copy
     if (!fits.ok() || !*fits) {
         return WhyUnwritable(steps, copy.Tree());
     }
-    return WhatDiffers(Comparison(copy, now));
+    return WhatDiffers(Comparison(OutlineOf(copy), now));
 }
 
 Script UntriedScript(const Comparison& comparison) {
@@ -108,8 +109,8 @@ Script UntriedScript(const Comparison& comparison) {
     return script;
 }
 
-Script ScriptFromTo(const Inventory& before, const Inventory& now) {
-    Script script = UntriedScript(Comparison(before, now));
+Script ScriptFromTo(const Inventory& before, const Outline& now) {
+    Script script = UntriedScript(Comparison(OutlineOf(before), now));
     if (!script.steps.empty()) {
         Inventory copy;
         copy.Tree() = before.Tree().Copy();
@@ -119,20 +120,6 @@ Script ScriptFromTo(const Inventory& before, const Inventory& now) {
         script.steps.clear();
     }
     return script;
-}
-
-Inventory NewInventory() {
-    RVT_Node* map = RVT_Node::Create(RVT_ELEMENT);
-    map->SetName(tag::SystemMap);
-    SetAttributes(
-        *map, {{serial_tag, "1"}, {security_tag, switch_off}, {version_tag, systemmap_version}});
-    Inventory inventory;
-    inventory.Tree().AddChild(map);
-    return inventory;
-}
-
-Script ExportScript(const Inventory& now) {
-    return ScriptFromTo(NewInventory(), now);
 }
 
 static void AddSettings(const Command& command, const ActionRow& row,
