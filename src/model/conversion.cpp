@@ -92,19 +92,23 @@ Outcome ModifyDuplicatePlatformNames(const RVT_Node& map) {
     return {};
 }
 
-// Whether an older map may lack a property of a platform, or of a console inside one.
-static bool MayLack(Owner owner, const PropertyRow& row) {
-    return row.converted == Converted::kPlatformsAndTheirConsoles ||
+// Whether an older map may lack a property of an element.
+static bool MayLack(Owner owner, bool is_standalone, const PropertyRow& row) {
+    return (row.converted == Converted::kOwners && Has(owner, row.property)) ||
+           (row.converted == Converted::kPlatformsAndTheirConsoles && !is_standalone) ||
            (row.converted == Converted::kPlatforms && owner == Owner::kPlatform);
 }
 
-static Outcome AddMissing(const RVT_Node& element, Owner owner) {
+static Outcome AddMissing(const RVT_Node& element, Owner owner, bool is_standalone = false) {
     RVT_Node* property_map = FindPropertyMap(element);
-    if (property_map == nullptr) {
-        return PropertyMissing(element, Property::kName);
-    }
     for (const PropertyRow& row : kPropertyTable) {
-        if (MayLack(owner, row) && FindProperty(*property_map, row.name) == nullptr) {
+        if (!MayLack(owner, is_standalone, row)) {
+            continue;
+        }
+        if (property_map == nullptr) {
+            return PropertyMissing(element, Property::kName);
+        }
+        if (FindProperty(*property_map, row.name) == nullptr) {
             AddProperty(*property_map, row.property, *row.initial);
         }
     }
@@ -122,6 +126,11 @@ Outcome AddMissingProperties(const RVT_Node& map) {
             if (Outcome outcome = AddMissing(console, Owner::kConsole); !outcome.ok()) {
                 return outcome;
             }
+        }
+    }
+    for (const RVT_Node& console : LiveElements(map, tag::Console)) {
+        if (Outcome outcome = AddMissing(console, Owner::kConsole, true); !outcome.ok()) {
+            return outcome;
         }
     }
     return {};

@@ -2,8 +2,9 @@
 // written here: a step that fails leaves the file as it was.
 //
 // A platform is a child of the root called Platform, its consoles are its children called Console;
-// standalone consoles are never touched. Platforms that the first step merged into others are
-// marked deleted and vanish with the write; the steps say whether they still see them.
+// standalone consoles get new properties and are not touched otherwise. Platforms that the first
+// step merged into others are marked deleted and vanish with the write; the steps say whether they
+// still see them.
 #pragma once
 
 #include <string_view>

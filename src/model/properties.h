@@ -35,8 +35,10 @@ enum class ValueKind { kName, kAddress, kPort, kTsPort, kModel, kType, kEventFil
 // Who has properties. A console has an address only when it was given one.
 enum class Owner { kPlatform, kConsole };
 
-// Who is given a property that an older map lacks, with its initial value.
-enum class Converted { kNobody, kPlatforms, kPlatformsAndTheirConsoles };
+// The elements that the conversion gives a property, with its initial value, when an older map
+// lacks it. A new property takes kOwners: all elements that have it. The other rows leave out
+// standalone consoles, which the maps of their time did not have.
+enum class Converted { kNobody, kPlatforms, kPlatformsAndTheirConsoles, kOwners };
 
 struct PropertyRow {
     Property property;
