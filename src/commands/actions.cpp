@@ -8,12 +8,15 @@
 #include "commands/platform.h"
 #include "commands/security.h"
 
+// The web front end, the console daemon, and a third component that goes with the daemon.
+enum : unsigned { kWeb = 1, kKfxd = 2, kLrp = 4 };
+
 static constexpr Follow kNothing;
-static constexpr Follow kInventory = {true, true, true, true};
-static constexpr Follow kCache = {.map = true, .web = true};
+static constexpr Follow kInventory = {true, true, kWeb | kKfxd | kLrp};
+static constexpr Follow kCache = {.map = true, .notify = kWeb};
 static constexpr Follow kMap = {.map = true};
 static constexpr Follow kKfxConf = {.kfxconf = true};
-static constexpr Follow kDaemon = {.daemon = true};
+static constexpr Follow kDaemon = {.notify = kKfxd | kLrp};
 
 // clang-format off
 static constexpr auto kActions = std::to_array<ActionRow>({
@@ -45,17 +48,28 @@ const ActionRow& RowOf(Action action) {
     return *std::ranges::find(kActions, action, &ActionRow::action);
 }
 
-bool OnlyLooks(Action action) {
-    switch (action) {
-        case Action::kViewKfxConf:
-        case Action::kViewSecurity:
-        case Action::kGetConfigValue:
-        case Action::kShowHelp:
-        case Action::kShowVersion:
-            return true;
-        default:
-            return false;
+std::span<const NotificationRow> NotificationTable() {
+    static const auto kNotifications = std::to_array<NotificationRow>({
+        {"web", paths::kNotifyWeb, true},
+        {"kfxd", paths::kNotifyKfxd, false},
+        {"", paths::kNotifyLrp, false},
+    });
+    return kNotifications;
+}
+
+bool Silence(std::string_view word, Notifications& silenced) {
+    const auto rows = NotificationTable();
+    const auto row = std::ranges::find(rows, word, &NotificationRow::word);
+    const bool is_known = row != rows.end() && !word.empty();
+    if (is_known) {
+        silenced.set(static_cast<size_t>(row - rows.begin()));
     }
+    return is_known;
+}
+
+bool OnlyLooks(Action action) {
+    const Follow& follow = RowOf(action).follow;
+    return !follow.map && !follow.kfxconf && follow.notify.none();
 }
 
 Outcome Execute(const Command& command, Inventory& inventory, const RVT_XML_Tree& cache_document,

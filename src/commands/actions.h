@@ -26,8 +26,7 @@ enum class Rest {
 struct Follow {
     bool map = false;      // the map is written back
     bool kfxconf = false;  // kfx.conf is regenerated
-    bool web = false;      // the web front end is notified
-    bool daemon = false;   // the console daemon and the third component are notified
+    Notifications notify = {};
 };
 
 struct ActionRow {
@@ -43,10 +42,23 @@ struct ActionRow {
 
 std::span<const ActionRow> ActionTable();
 
+// A component that is notified of changes.
+struct NotificationRow {
+    std::string_view word;  // that silences it on a command line; empty where none does
+    const char* command;    // for a shell
+    bool is_recorded;       // a failure is recorded in the log; those of the others are ignored
+};
+
+// In the order of the bits of Notifications.
+std::span<const NotificationRow> NotificationTable();
+
+// Adds the notification that "word" silences to "silenced". False for an unknown word.
+bool Silence(std::string_view word, Notifications& silenced);
+
 // Of any action but kNoAction.
 const ActionRow& RowOf(Action action);
 
-// Whether an action is answered with a text and changes nothing.
+// Whether an action is answered with a text: one that nothing follows.
 bool OnlyLooks(Action action);
 
 // Makes the change that a command asks for, as told beside the command's function; fine for a

@@ -1,6 +1,7 @@
 // What one command line asks for: the only thing that a command knows of its words.
 #pragma once
 
+#include <bitset>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,6 +30,9 @@ enum class Action {
     kShowVersion
 };
 
+// Components that are notified of changes: a bit for each row of their table.
+using Notifications = std::bitset<8>;
+
 // A property's new value. A switch is "true" or "false".
 struct NameValue {
     Property property;
@@ -48,8 +52,7 @@ struct Command {
     std::string config_argument;          // the variable to get, or "variable=value" to set
     std::string map = paths::kSystemMap;  // or the path given by -f,
     bool names_map = false;               // which it was
-    bool notify_web = true;
-    bool notify_kfxd = true;
+    Notifications silenced = {};
 };
 
 // The last new value of a property; null when there is none.

@@ -72,9 +72,7 @@ class Parser {
         }
         if (word == "-nonotify") {
             std::string name;
-            const bool taken = Take(name);
-            (name == "web" ? command_.notify_web : command_.notify_kfxd) = false;
-            return taken && (name == "web" || name == "kfxd");
+            return Take(name) && Silence(name, command_.silenced);
         }
         // Behind -add, -update and -remove, a word that is no object is looked at like any other.
         return (word == "-add" || word == "-update" || word == "-remove") && !words_.empty();

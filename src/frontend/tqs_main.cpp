@@ -8,6 +8,7 @@
 #include "base/files.h"
 #include "base/paths.h"
 #include "base/process.h"
+#include "commands/actions.h"
 #include "frontend/tqs_change.h"
 #include "frontend/tqs_commands.h"
 
@@ -160,6 +161,16 @@ struct ChangeWords {
     std::vector<std::string> silenced;
 };
 
+std::vector<std::string> WordsOfNotifications() {
+    std::vector<std::string> words;
+    for (const NotificationRow& row : NotificationTable()) {
+        if (!row.word.empty()) {
+            words.emplace_back(row.word);
+        }
+    }
+    return words;
+}
+
 CLI::App* AddChange(CLI::App& app, ChangeWords& words, const char* name, const char* help) {
     CLI::App* change = app.add_subcommand(name, help);
     change->add_flag("--dry-run", words.options.is_trial, "Only print what would differ");
@@ -168,7 +179,7 @@ CLI::App* AddChange(CLI::App& app, ChangeWords& words, const char* name, const c
                      "Wait so long for the lock, instead of as long as it takes")
         ->type_name("SECONDS");
     change->add_option("--no-notify", words.silenced, "Do not notify them")
-        ->type_name("web|kfxd")
+        ->type_name(CLI::detail::join(WordsOfNotifications(), "|"))
         ->allow_extra_args(false);
     change->add_option("--map", words.options.map, "Another map than the product's")
         ->type_name("MAP");
@@ -193,10 +204,9 @@ void AddSync(CLI::App& app, ChangeWords& words) {
 
 Outcome TakeOptions(ChangeWords& words) {
     for (const std::string& name : words.silenced) {
-        if (name != "web" && name != "kfxd") {
-            return UnknownWord("notification", name, {"web", "kfxd"});
+        if (!Silence(name, words.options.silenced)) {
+            return UnknownWord("notification", name, WordsOfNotifications());
         }
-        (name == "web" ? words.options.notifies_web : words.options.notifies_kfxd) = false;
     }
     if (words.wait) {
         unsigned seconds = 0;

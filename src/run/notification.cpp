@@ -1,7 +1,5 @@
 #include "run/notification.h"
 
-#include "base/outcome.h"
-#include "base/paths.h"
 #include "base/process.h"
 
 // The exit status within a wait status; 255 for a shell that could not be started.
@@ -9,22 +7,31 @@ static int ExitStatus(int status) {
     return (status >> 8) & 0xFF;
 }
 
-Notifications NotificationsOf(const Command& command) {
-    const Follow& follow = RowOf(command.action).follow;
-    return {follow.web && command.notify_web, follow.daemon && command.notify_kfxd, follow.daemon};
+// Calls "visit" with the row of each that is wanted.
+static void VisitRows(const Notifications& wanted,
+                      const std::function<void(const NotificationRow& row)>& visit) {
+    const auto rows = NotificationTable();
+    for (size_t i = 0; i < rows.size(); ++i) {
+        if (wanted.test(i)) {
+            visit(rows[i]);
+        }
+    }
+}
+
+bool MayRecord(const Notifications& wanted) {
+    bool may_record = false;
+    VisitRows(wanted, [&may_record](const NotificationRow& row) {
+        may_record = may_record || row.is_recorded;
+    });
+    return may_record;
 }
 
 void Notify(const Notifications& wanted, TransactionLog& log) {
-    if (wanted.web) {
-        if (const int status = RunShellCommand(paths::kNotifyWeb); status != 0) {
-            log.PutMsg("Error: \"" + std::string(paths::kNotifyWeb) + "\" exited with " +
+    VisitRows(wanted, [&log](const NotificationRow& row) {
+        const int status = RunShellCommand(row.command);
+        if (status != 0 && row.is_recorded) {
+            log.PutMsg("Error: \"" + std::string(row.command) + "\" exited with " +
                        std::to_string(ExitStatus(status)) + ".\n");
         }
-    }
-    if (wanted.kfxd) {
-        RunShellCommand(paths::kNotifyKfxd);
-    }
-    if (wanted.lrp) {
-        RunShellCommand(paths::kNotifyLrp);
-    }
+    });
 }

@@ -21,24 +21,17 @@ Outcome Run::Begin(std::span<const char* const> words) {
     return log_.LogCommandLine(words);
 }
 
-// What an action looks at in the map.
-static DocumentPart PartFor(Action action) {
-    const bool is_top = action == Action::kViewSecurity || action == Action::kGetConfigValue ||
-                        action == Action::kSetConfigValue;
-    return is_top ? DocumentPart::kTop : DocumentPart::kWhole;
-}
-
 // Takes the lock and reads the map. What the parser only gives up leaves a tree that the command
 // then finds incomplete, but the -config actions look at nothing in it.
 Outcome Run::Open(const Command& command) {
     if (Outcome outcome = lock_.Lock(command.map); !outcome.ok()) {
         return outcome;
     }
-    const Result<bool> is_whole =
-        ParseXMLFile(command.map, inventory_.Tree(), PartFor(command.action));
-    const bool is_needed =
-        command.action == Action::kGetConfigValue || command.action == Action::kSetConfigValue;
-    return is_whole.ok() && !*is_whole && is_needed ? Outcome(ExitCode::kNotWellFormed, "")
+    const bool is_config = RowOf(command.action).rest == Rest::kVariable;
+    const bool is_top = is_config || command.action == Action::kViewSecurity;
+    const Result<bool> is_whole = ParseXMLFile(command.map, inventory_.Tree(),
+                                               is_top ? DocumentPart::kTop : DocumentPart::kWhole);
+    return is_whole.ok() && !*is_whole && is_config ? Outcome(ExitCode::kNotWellFormed, "")
                                                     : is_whole.outcome();
 }
 
@@ -155,7 +148,7 @@ Outcome Run::Do(const Command& command) {
         return outcome;
     }
     AllowTermination();
-    Notify(NotificationsOf(command), log_);
+    Notify(RowOf(command.action).follow.notify & ~command.silenced, log_);
     return {};
 }
 

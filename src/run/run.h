@@ -47,8 +47,7 @@ struct ScriptOptions {
     bool is_trial = false;                          // takes no lock and writes nothing
     // Asked when all commands have run, before anything is written.
     std::function<Outcome(const Inventory&)> last_check = {};
-    bool notifies_web = true;
-    bool notifies_kfxd = true;
+    Notifications silenced = {};
 };
 
 class Run {
@@ -109,9 +108,9 @@ class Run {
     // What the accepted commands of a script ask for besides the map.
     struct Asked {
         Notifications notifications;
-        TransactionLog::Ending web;      // the last entry that asks for the web's notification,
-        TransactionLog::Ending kfxconf;  // for kfx.conf,
-        TransactionLog::Ending last;     // and the last of all
+        TransactionLog::Ending recorded;  // the last entry whose notification may be recorded,
+        TransactionLog::Ending kfxconf;   // for kfx.conf,
+        TransactionLog::Ending last;      // and the last of all
     };
 
     Outcome Open(const Command& command);

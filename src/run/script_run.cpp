@@ -64,9 +64,9 @@ Outcome Run::ApplyNext(const ParsedCommand& next, const ScriptOptions& options,
     Record(next, outcome, options);
     asked_.kfxconf = command.ok() && sequence.MakesKfxConf() ? asked_.last : asked_.kfxconf;
     if (outcome.ok()) {
-        const Notifications wanted = NotificationsOf(*command);
-        asked_.web = wanted.web ? asked_.last : asked_.web;
-        asked_.notifications = asked_.notifications | wanted;
+        const Notifications wanted = RowOf(command->action).follow.notify & ~command->silenced;
+        asked_.recorded = MayRecord(wanted) ? asked_.last : asked_.recorded;
+        asked_.notifications |= wanted;
     }
     return outcome;
 }
@@ -125,10 +125,8 @@ Outcome Run::CommitScript(const ScriptOptions& options, const Follow& changes) {
         return outcome;
     }
     AllowTermination();
-    const Notifications& wanted = asked_.notifications;
-    log_.Select(asked_.web);
-    Notify({wanted.web && options.notifies_web, wanted.kfxd && options.notifies_kfxd, wanted.lrp},
-           log_);
+    log_.Select(asked_.recorded);
+    Notify(asked_.notifications & ~options.silenced, log_);
     return {};
 }
 
