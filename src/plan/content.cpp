@@ -104,49 +104,6 @@ class Oddities {
 
 }  // namespace
 
-Content ContentOf(const Element& element) {
-    if (element.node == nullptr) {
-        return {};
-    }
-    const bool is_platform = element.owner == Owner::kPlatform;
-    const RVT_Node* cache = is_platform ? FindCache(*element.node) : nullptr;
-    const RVT_Node* property_map = FindPropertyMap(*element.node);
-    Oddities oddities;
-    oddities.TakeAttributes(*element.node, "", {kIDId});
-    for (const RVT_Node& child : Children(*element.node)) {
-        const bool is_known = &child == property_map || &child == cache ||
-                              (is_platform && child.IsName(tag::Console));
-        if (child.IsType(RVT_ELEMENT) && !is_known) {
-            oddities.TakeElement(child, "");
-        }
-    }
-    if (property_map != nullptr) {
-        oddities.TakeProperties(*property_map, element.owner);
-    }
-    return {cache == nullptr ? "" : XmlText(*cache), oddities.Sorted()};
-}
-
-MapContent ContentOf(const RVT_Node* map) {
-    MapContent content;
-    if (map == nullptr) {
-        return content;
-    }
-    if (const RVT_Node* security = FindAttribute(*map, security_tag); security != nullptr) {
-        content.security = security->GetValue();
-    }
-    Oddities oddities;
-    oddities.TakeAttributes(
-        *map, "", {InternName(serial_tag), InternName(security_tag), InternName(version_tag)});
-    for (const RVT_Node& child : Children(*map)) {
-        if (child.IsType(RVT_ELEMENT) && !child.IsName(tag::Platform) &&
-            !child.IsName(tag::Console)) {
-            oddities.TakeElement(child, "");
-        }
-    }
-    content.oddities = oddities.Sorted();
-    return content;
-}
-
 static bool HasOnlyAttributes(const RVT_Node& node, std::initializer_list<NameId> names) {
     for (const RVT_Node& attribute : Attributes(node)) {
         if (std::ranges::none_of(names, [&](NameId name) { return attribute.IsName(name); })) {
@@ -189,8 +146,51 @@ static bool HasOnlyValues(const Element& element) {
            HasOnlyAttributes(*map, {kIDId}) && HasOnlyAttributes(*element.node, {kIDId});
 }
 
+// Most elements have nothing else, which is found out faster than what else there is.
+Content ContentOf(const Element& element) {
+    if (HasOnlyValues(element)) {
+        return {};
+    }
+    const bool is_platform = element.owner == Owner::kPlatform;
+    const RVT_Node* cache = is_platform ? FindCache(*element.node) : nullptr;
+    const RVT_Node* property_map = FindPropertyMap(*element.node);
+    Oddities oddities;
+    oddities.TakeAttributes(*element.node, "", {kIDId});
+    for (const RVT_Node& child : Children(*element.node)) {
+        const bool is_known = &child == property_map || &child == cache ||
+                              (is_platform && child.IsName(tag::Console));
+        if (child.IsType(RVT_ELEMENT) && !is_known) {
+            oddities.TakeElement(child, "");
+        }
+    }
+    if (property_map != nullptr) {
+        oddities.TakeProperties(*property_map, element.owner);
+    }
+    return {cache == nullptr ? "" : XmlText(*cache), oddities.Sorted()};
+}
+
+MapContent ContentOf(const RVT_Node* map) {
+    MapContent content;
+    if (map == nullptr) {
+        return content;
+    }
+    if (const RVT_Node* security = FindAttribute(*map, security_tag); security != nullptr) {
+        content.security = security->GetValue();
+    }
+    Oddities oddities;
+    oddities.TakeAttributes(
+        *map, "", {InternName(serial_tag), InternName(security_tag), InternName(version_tag)});
+    for (const RVT_Node& child : Children(*map)) {
+        if (child.IsType(RVT_ELEMENT) && !child.IsName(tag::Platform) &&
+            !child.IsName(tag::Console)) {
+            oddities.TakeElement(child, "");
+        }
+    }
+    content.oddities = oddities.Sorted();
+    return content;
+}
+
 bool AreAlike(const Element& one, const Element& other) {
     return ComparedValues(one) == ComparedValues(other) &&
-           (one.node == other.node || (HasOnlyValues(one) && HasOnlyValues(other)) ||
-            ContentOf(one) == ContentOf(other));
+           (one.node == other.node || ContentOf(one) == ContentOf(other));
 }
